@@ -1,0 +1,398 @@
+#include "PlaybackEngine.h"
+
+#include "core/model/PropertyUpdate.h"
+#include "core/model/TimeFormat.h"
+#include "features/hdr/HDRManager.h"
+#include "features/osd/OSDManager.h"
+#include "features/track/TrackManager.h"
+#include "MPVDecoder.h"
+#include "MPVProperties.h"
+
+#include <array>
+#include <QFileInfo>
+#include <QImageReader>
+#include <QMimeDatabase>
+#include <QPointer>
+
+using velmar::assignIfChanged;
+
+namespace {
+
+constexpr double kMessageSeconds = 1.5;
+constexpr std::array<float, 9> kPlaybackRates = {0.25f, 0.5f, 0.75f, 1.0f, 1.25f,
+                                                 1.5f,  2.0f, 3.0f,  4.0f};
+
+bool isImageFile(const QUrl& url) {
+    const QMimeType type =
+        QMimeDatabase().mimeTypeForFile(url.toLocalFile(), QMimeDatabase::MatchExtension);
+    return type.isValid() && type.name().startsWith(QLatin1String("image/"));
+}
+
+} // namespace
+
+PlaybackEngine::PlaybackEngine(QObject* parent)
+    : QObject(parent)
+    , m_osd(new OSDManager(this))
+    , m_hdr(new HDRManager(this))
+    , m_tracks(new TrackManager(this))
+    , m_decoder(new MPVDecoder(this)) {
+    m_decoder->setHDRManager(m_hdr);
+    m_decoder->setTrackManager(m_tracks);
+
+    // Restore the saved volume and mute through their setters, so that a stored volume other
+    // than the built-in 1.0 announces itself once at start-up.
+    if (const auto storedVolume = m_preferences.storedVolume())
+        setVolume(*storedVolume);
+    setIsMuted(m_preferences.storedIsMuted());
+    pushVolumeAndMute();
+
+    m_decoder->onPlaybackDidEnd = [self = QPointer(this)] {
+        if (self)
+            self->handlePlaybackDidEnd();
+    };
+    connect(m_decoder, &MPVDecoder::fileFailed, this, &PlaybackEngine::handleFileFailed);
+
+    startPositionTimer();
+}
+
+PlaybackEngine::~PlaybackEngine() = default;
+
+double PlaybackEngine::progress() const {
+    if (m_duration <= 0)
+        return 0.0;
+    if (m_isAtEnd)
+        return 1.0;
+    return std::min(m_currentTime / m_duration, 1.0);
+}
+
+QVariant PlaybackEngine::mediaInfoVariant() const {
+    return m_mediaInfo ? QVariant::fromValue(*m_mediaInfo) : QVariant();
+}
+
+// MARK: position timer and end of file
+
+void PlaybackEngine::startPositionTimer() {
+    m_positionTimer.stop();
+    m_positionTimer.setTimerType(Qt::PreciseTimer);
+    m_positionTimer.setInterval(1000 / 30);
+    connect(&m_positionTimer, &QTimer::timeout, this, &PlaybackEngine::onPositionTick,
+            Qt::UniqueConnection);
+    m_positionTimer.start();
+}
+
+void PlaybackEngine::onPositionTick() {
+    // Paused positions are owned by seeks and scrubs; only live playback follows libmpv.
+    if (m_state.kind() != PlayerState::Kind::Playing)
+        return;
+    setCurrentTime(m_decoder->currentTime());
+    setDuration(m_decoder->duration());
+}
+
+void PlaybackEngine::handlePlaybackDidEnd() {
+    setIsAtEnd(true);
+    setState(PlayerState::Kind::Paused);
+    m_sleepPreventer.allowSleep();
+}
+
+void PlaybackEngine::handleFileFailed(const QString& reason) {
+    const PlayerState::Kind kind = m_state.kind();
+    if (kind == PlayerState::Kind::Idle || kind == PlayerState::Kind::Error ||
+        kind == PlayerState::Kind::ViewingImage)
+        return;
+    const QString name = QFileInfo(m_currentURL.toLocalFile()).fileName();
+    setState(
+        PlayerState::error(QStringLiteral("Cannot play \u201c%1\u201d: %2").arg(name, reason)));
+    m_sleepPreventer.allowSleep();
+}
+
+// MARK: loading
+
+void PlaybackEngine::open(const QUrl& url) {
+    load(url); // the task runs on by itself; nothing waits for it
+}
+
+QCoro::Task<void> PlaybackEngine::load(QUrl url) {
+    QPointer<PlaybackEngine> self(this);
+    const quint64 generation = ++m_loadGeneration;
+    auto superseded = [&] { return !self || generation != m_loadGeneration; };
+
+    setState(PlayerState::Kind::Loading);
+    setCurrentURL(url);
+    setMediaTitle(QFileInfo(url.path()).completeBaseName());
+    setMediaInfo(std::nullopt);
+    setDisplayedImage(QImage());
+
+    if (isImageFile(url)) {
+        // Images never reach libmpv; stop whatever it was playing so no sound runs on.
+        m_decoder->command({QStringLiteral("stop")});
+        loadImage(url);
+        co_return;
+    }
+
+    m_hdr->reset();
+    m_tracks->reset();
+
+    try {
+        co_await m_decoder->load(url);
+    } catch (const MPVError& error) {
+        if (!superseded())
+            setState(PlayerState::error(error.errorDescription()));
+        co_return;
+    }
+    // libmpv may already have rejected the file while we waited.
+    if (superseded() || m_state.kind() != PlayerState::Kind::Loading)
+        co_return;
+
+    pushVolumeAndMute();
+    setDuration(m_decoder->duration());
+
+    if (m_decoder->audioDelay() != 0)
+        m_decoder->setMPVDouble(MPVName::audioDelay, m_decoder->audioDelay());
+
+    if (auto info = m_decoder->getMediaInfo()) {
+        const QFileInfo file(url.toLocalFile());
+        if (const QDateTime created = file.birthTime(); created.isValid())
+            info->createdAt = created;
+        if (const QDateTime modified = file.lastModified(); modified.isValid())
+            info->modifiedAt = modified;
+        setMediaInfo(info);
+    }
+
+    setState(PlayerState::Kind::Paused);
+    play();
+}
+
+void PlaybackEngine::loadImage(const QUrl& url) {
+    QImageReader reader(url.toLocalFile());
+    reader.setAutoTransform(true);
+    const QImage image = reader.read();
+    if (image.isNull()) {
+        setState(PlayerState::error(QStringLiteral("Failed to load image")));
+        return;
+    }
+    setDisplayedImage(image);
+    setDuration(0);
+    setCurrentTime(0);
+    setState(PlayerState::Kind::ViewingImage);
+}
+
+void PlaybackEngine::pushVolumeAndMute() {
+    m_decoder->setVolume(m_volume);
+    m_decoder->setIsMuted(m_isMuted);
+    m_decoder->setMPVDouble(MPVName::volume, double(m_volume) * 100.0);
+    m_decoder->setMPVFlag(MPVName::mute, m_isMuted);
+}
+
+// MARK: play, pause, seek
+
+void PlaybackEngine::resumeDecoder() {
+    m_decoder->setMPVFlag(MPVName::pause, false);
+    if (m_playbackRate != 1.0f) {
+        m_decoder->setRate(m_playbackRate);
+        m_decoder->setMPVDouble(MPVName::speed, double(m_playbackRate));
+    }
+}
+
+void PlaybackEngine::play() {
+    const PlayerState::Kind kind = m_state.kind();
+    if (kind != PlayerState::Kind::Paused && kind != PlayerState::Kind::Stopped)
+        return;
+    if (!m_isAtEnd) {
+        resumeDecoder();
+    } else {
+        // Restart after the end: jump back to the start, then let it run.
+        setIsAtEnd(false);
+        setCurrentTime(0);
+        m_decoder->scrub(0);
+        m_decoder->seek(0);
+        resumeDecoder();
+    }
+    setState(PlayerState::Kind::Playing);
+    m_sleepPreventer.preventSleep();
+}
+
+void PlaybackEngine::pause() {
+    if (m_state.kind() != PlayerState::Kind::Playing)
+        return;
+    m_decoder->setMPVFlag(MPVName::pause, true);
+    setState(PlayerState::Kind::Paused);
+    m_sleepPreventer.allowSleep();
+}
+
+QCoro::Task<void> PlaybackEngine::seek(double seconds) {
+    if (!m_state.isActive())
+        co_return;
+    setIsAtEnd(false);
+    setIsSeeking(true);
+    setCurrentTime(seconds);
+    m_decoder->seek(seconds);
+    setIsSeeking(false);
+    setNeedsFrameRefresh(true);
+}
+
+QCoro::Task<void> PlaybackEngine::seekRelative(double offset) {
+    if (!m_state.isActive())
+        co_return;
+    setIsAtEnd(false);
+    m_decoder->seekRelativeFast(offset);
+    setCurrentTime(m_decoder->currentTime());
+    m_osd->show(OSDMessage::seek(m_currentTime, m_duration), kMessageSeconds);
+}
+
+void PlaybackEngine::scrubBegan() {
+    if (!m_state.isActive())
+        return;
+    m_wasPlayingBeforeScrub = m_state.kind() == PlayerState::Kind::Playing;
+    // The state stays "playing": the drag only holds the picture still.
+    if (m_wasPlayingBeforeScrub)
+        m_decoder->setMPVFlag(MPVName::pause, true);
+}
+
+void PlaybackEngine::scrub(double seconds) {
+    if (!m_state.isActive())
+        return;
+    setCurrentTime(seconds);
+    m_decoder->scrub(seconds);
+    setNeedsFrameRefresh(true);
+}
+
+void PlaybackEngine::scrubEnded(double seconds) {
+    [](QPointer<PlaybackEngine> self, double target) -> QCoro::Task<void> {
+        if (!self)
+            co_return;
+        co_await self->seek(target);
+        if (!self)
+            co_return;
+        if (self->m_wasPlayingBeforeScrub)
+            self->resumeDecoder();
+        self->m_wasPlayingBeforeScrub = false;
+    }(QPointer(this), seconds);
+}
+
+void PlaybackEngine::stepForward() {
+    if (m_state.kind() == PlayerState::Kind::Playing)
+        pause();
+    if (m_state.kind() != PlayerState::Kind::Paused)
+        return;
+    m_decoder->command({QStringLiteral("frame-step")});
+    setNeedsFrameRefresh(true);
+    m_osd->show(OSDMessage::text(QStringLiteral("Frame \u2192")), kMessageSeconds);
+}
+
+void PlaybackEngine::stepBackward() {
+    if (m_state.kind() == PlayerState::Kind::Playing)
+        pause();
+    if (m_state.kind() != PlayerState::Kind::Paused)
+        return;
+    m_decoder->command({QStringLiteral("frame-back-step")});
+    setNeedsFrameRefresh(true);
+    m_osd->show(OSDMessage::text(QStringLiteral("\u2190 Frame")), kMessageSeconds);
+}
+
+// MARK: volume, mute, speed
+
+void PlaybackEngine::setVolume(float volume) {
+    if (!assignIfChanged(m_volume, volume))
+        return;
+    m_decoder->setVolume(volume);
+    m_decoder->setMPVDouble(MPVName::volume, double(volume) * 100.0);
+    m_preferences.setFloat(PreferenceKeys::volume, volume);
+    m_osd->show(OSDMessage::volume(m_isMuted ? 0.0f : volume), kMessageSeconds);
+    Q_EMIT volumeChanged();
+}
+
+void PlaybackEngine::adjustVolume(float delta) {
+    const float target = std::max(std::min(m_volume + delta, 1.0f), 0.0f);
+    if (target != m_volume)
+        setVolume(target);
+}
+
+void PlaybackEngine::setIsMuted(bool muted) {
+    if (!assignIfChanged(m_isMuted, muted))
+        return;
+    m_decoder->setIsMuted(muted);
+    m_decoder->setMPVFlag(MPVName::mute, muted);
+    m_preferences.setBool(PreferenceKeys::isMuted, muted);
+    m_osd->show(OSDMessage::muted(muted), kMessageSeconds);
+    Q_EMIT isMutedChanged();
+}
+
+void PlaybackEngine::setPlaybackRate(float rate) {
+    if (!assignIfChanged(m_playbackRate, rate))
+        return;
+    m_decoder->setRate(rate);
+    m_decoder->setMPVDouble(MPVName::speed, double(rate));
+    m_osd->show(OSDMessage::playbackRate(rate), kMessageSeconds);
+    Q_EMIT playbackRateChanged();
+}
+
+void PlaybackEngine::cyclePlaybackRate() {
+    const auto* found = std::find(kPlaybackRates.begin(), kPlaybackRates.end(), m_playbackRate);
+    if (found == kPlaybackRates.end()) {
+        setPlaybackRate(1.0f);
+        return;
+    }
+    const auto* next = std::next(found);
+    setPlaybackRate(next == kPlaybackRates.end() ? kPlaybackRates.front() : *next);
+}
+
+// MARK: observable setters
+
+void PlaybackEngine::setState(const PlayerState& state) {
+    if (assignIfChanged(m_state, state))
+        Q_EMIT stateChanged();
+}
+
+void PlaybackEngine::setCurrentTime(double seconds) {
+    if (assignIfChanged(m_currentTime, seconds)) {
+        Q_EMIT currentTimeChanged();
+        Q_EMIT progressChanged();
+    }
+}
+
+void PlaybackEngine::setDuration(double seconds) {
+    if (assignIfChanged(m_duration, seconds)) {
+        Q_EMIT durationChanged();
+        Q_EMIT progressChanged();
+    }
+}
+
+void PlaybackEngine::setMediaTitle(const QString& title) {
+    if (assignIfChanged(m_mediaTitle, title))
+        Q_EMIT mediaTitleChanged();
+}
+
+void PlaybackEngine::setMediaInfo(const std::optional<MediaInfo>& info) {
+    if (assignIfChanged(m_mediaInfo, info))
+        Q_EMIT mediaInfoChanged();
+}
+
+void PlaybackEngine::setCurrentURL(const QUrl& url) {
+    if (assignIfChanged(m_currentURL, url))
+        Q_EMIT currentURLChanged();
+}
+
+void PlaybackEngine::setIsSeeking(bool seeking) {
+    if (assignIfChanged(m_isSeeking, seeking))
+        Q_EMIT isSeekingChanged();
+}
+
+void PlaybackEngine::setNeedsFrameRefresh(bool refresh) {
+    if (assignIfChanged(m_needsFrameRefresh, refresh))
+        Q_EMIT needsFrameRefreshChanged();
+}
+
+void PlaybackEngine::setDisplayedImage(const QImage& image) {
+    // Image comparison is pixel by pixel; identity is what matters here.
+    if (m_displayedImage.isNull() && image.isNull())
+        return;
+    m_displayedImage = image;
+    Q_EMIT displayedImageChanged();
+}
+
+void PlaybackEngine::setIsAtEnd(bool atEnd) {
+    if (assignIfChanged(m_isAtEnd, atEnd)) {
+        Q_EMIT isAtEndChanged();
+        Q_EMIT progressChanged();
+    }
+}

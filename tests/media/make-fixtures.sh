@@ -1,0 +1,59 @@
+#!/usr/bin/env bash
+# Generates the test media from ffmpeg's synthetic sources. Usage: make-fixtures.sh OUTDIR
+# Every clip has a blue block in its top-left corner and a yellow one bottom-right, so that
+# render tests can tell whether the picture is the right way up.
+set -euo pipefail
+out=${1:?output directory}
+mkdir -p "$out"
+cd "$out"
+
+ff() { ffmpeg -nostdin -hide_banner -loglevel error -y "$@"; }
+corners="drawbox=x=0:y=0:w=iw/5:h=ih/5:color=0x0000ff:t=fill,drawbox=x=iw*4/5:y=ih*4/5:w=iw/5:h=ih/5:color=0xffff00:t=fill"
+
+# 10 s 640x360 H.264/AAC, a key frame every second.
+ff -f lavfi -i "testsrc2=size=640x360:rate=30:duration=10" \
+   -f lavfi -i "sine=frequency=440:sample_rate=48000:duration=10" \
+   -vf "$corners" -c:v libx264 -preset veryfast -pix_fmt yuv420p -g 30 \
+   -c:a aac -b:a 96k -shortest clip10.mp4
+
+# 30 s, smaller, for seeks across a longer timeline.
+ff -f lavfi -i "testsrc2=size=320x180:rate=25:duration=30" \
+   -f lavfi -i "sine=frequency=330:sample_rate=48000:duration=30" \
+   -vf "$corners" -c:v libx264 -preset veryfast -pix_fmt yuv420p -g 25 \
+   -c:a aac -b:a 64k -shortest clip30.mp4
+
+# One video, two audio tracks with their own languages and titles, one subtitle track.
+cat > tracks.srt <<'SRT'
+1
+00:00:00,000 --> 00:00:04,000
+First subtitle line
+
+2
+00:00:04,000 --> 00:00:08,000
+Second subtitle line
+SRT
+ff -f lavfi -i "testsrc2=size=320x180:rate=25:duration=8" \
+   -f lavfi -i "sine=frequency=440:sample_rate=48000:duration=8" \
+   -f lavfi -i "sine=frequency=880:sample_rate=48000:duration=8" \
+   -i tracks.srt \
+   -map 0:v -map 1:a -map 2:a -map 3:s \
+   -c:v libx264 -preset veryfast -pix_fmt yuv420p -c:a aac -b:a 64k -c:s srt \
+   -metadata:s:a:0 language=eng -metadata:s:a:0 title="English Stereo" \
+   -metadata:s:a:1 language=jpn -metadata:s:a:1 title="Commentary" \
+   -metadata:s:s:0 language=eng \
+   tracks.mkv
+
+# A still image.
+ff -f lavfi -i "color=c=0x2060c0:size=320x240:duration=1" -vf "$corners" -frames:v 1 still.png
+
+# Sound only.
+ff -f lavfi -i "sine=frequency=523:sample_rate=48000:duration=5" -c:a aac -b:a 64k audio-only.m4a
+
+# Tagged as HDR10: PQ transfer with BT.2020 primaries.
+ff -f lavfi -i "testsrc2=size=320x180:rate=25:duration=3" \
+   -vf "$corners" -c:v libx264 -preset veryfast -pix_fmt yuv420p10le \
+   -color_primaries bt2020 -color_trc smpte2084 -colorspace bt2020nc pq.mkv
+
+# Broken input: nothing at all, and an MP4 cut off before its index.
+: > empty.mp4
+head -c 4096 clip10.mp4 > truncated.mp4
