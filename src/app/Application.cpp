@@ -5,9 +5,6 @@
 #include <QDir>
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
-#include <QtQml/qqmlextensionplugin.h>
-
-Q_IMPORT_QML_PLUGIN(VelmarPlugin)
 
 void Application::prepareGraphics() {
     QQuickWindow::setGraphicsApi(QSGRendererInterface::OpenGL);

@@ -23,7 +23,8 @@ ff -f lavfi -i "testsrc2=size=320x180:rate=25:duration=30" \
    -c:a aac -b:a 64k -shortest clip30.mp4
 
 # One video, two audio tracks with their own languages and titles, one subtitle track.
-cat > tracks.srt <<'SRT'
+# (Named unlike the clip, so that libmpv's automatic subtitle search does not add it again.)
+cat > embedded-subtitles.srt <<'SRT'
 1
 00:00:00,000 --> 00:00:04,000
 First subtitle line
@@ -35,7 +36,7 @@ SRT
 ff -f lavfi -i "testsrc2=size=320x180:rate=25:duration=8" \
    -f lavfi -i "sine=frequency=440:sample_rate=48000:duration=8" \
    -f lavfi -i "sine=frequency=880:sample_rate=48000:duration=8" \
-   -i tracks.srt \
+   -i embedded-subtitles.srt \
    -map 0:v -map 1:a -map 2:a -map 3:s \
    -c:v libx264 -preset veryfast -pix_fmt yuv420p -c:a aac -b:a 64k -c:s srt \
    -metadata:s:a:0 language=eng -metadata:s:a:0 title="English Stereo" \

@@ -1,0 +1,210 @@
+// Value types and small models: time formatting, track labels, OSD texts and timing,
+// track/HDR change notification and the preference fallbacks.
+#include "core/engine/MPVError.h"
+#include "core/model/MediaTrack.h"
+#include "core/model/TimeFormat.h"
+#include "features/hdr/HDRManager.h"
+#include "features/osd/OSDManager.h"
+#include "features/track/TrackManager.h"
+#include "infrastructure/preferences/Preferences.h"
+#include "support/TestSupport.h"
+
+#include <limits>
+#include <QSignalSpy>
+
+using velmar::formatTime;
+
+class ModelTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void formatTime_data() {
+        QTest::addColumn<double>("seconds");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("zero") << 0.0 << QStringLiteral("00:00");
+        QTest::newRow("truncates") << 59.9 << QStringLiteral("00:59");
+        QTest::newRow("last minute form") << 3599.0 << QStringLiteral("59:59");
+        QTest::newRow("one hour") << 3600.0 << QStringLiteral("1:00:00");
+        QTest::newRow("ten hours") << 36000.0 << QStringLiteral("10:00:00");
+        QTest::newRow("negative") << -12.0 << QStringLiteral("00:00");
+        QTest::newRow("nan") << std::numeric_limits<double>::quiet_NaN() << QStringLiteral("00:00");
+        QTest::newRow("infinity") << std::numeric_limits<double>::infinity()
+                                  << QStringLiteral("00:00");
+    }
+
+    void formatTime() {
+        QFETCH(double, seconds);
+        QFETCH(QString, text);
+        QCOMPARE(velmar::formatTime(seconds), text);
+    }
+
+    void referenceTimestampsCountFrom2001() {
+        const QDateTime start(QDate(2001, 1, 1), QTime(0, 0), Qt::UTC);
+        QCOMPARE(velmar::toReferenceTimestamp(start), 0.0);
+        const QDateTime later(QDate(2026, 11, 22), QTime(7, 30, 15), Qt::UTC);
+        QCOMPARE(velmar::toReferenceTimestamp(later),
+                 double(later.toSecsSinceEpoch() - velmar::kReferenceDateUnixOffset));
+        QCOMPARE(velmar::fromReferenceTimestamp(velmar::toReferenceTimestamp(later)), later);
+    }
+
+    void trackLabels() {
+        MediaTrack track;
+        track.id = 3;
+        QCOMPARE(track.displayLabel(), QStringLiteral("Track 3"));
+        track.codec = QStringLiteral("aac");
+        QCOMPARE(track.displayLabel(), QStringLiteral("aac"));
+        track.lang = QStringLiteral("jpn");
+        QCOMPARE(track.displayLabel(), QStringLiteral("JPN"));
+        track.title = QStringLiteral("Commentary");
+        track.lang = QStringLiteral("eng");
+        QCOMPARE(track.displayLabel(), QStringLiteral("Commentary \u2014 ENG"));
+        track.lang.reset();
+        QCOMPARE(track.displayLabel(), QStringLiteral("Commentary"));
+
+        QCOMPARE(trackTypeFromString(QStringLiteral("sub")), TrackType::Sub);
+        QVERIFY(!trackTypeFromString(QStringLiteral("Audio")).has_value());
+    }
+
+    void osdMessageTexts() {
+        QCOMPARE(OSDMessage::volume(0.0f).text(), QStringLiteral("Volume: 0%"));
+        QCOMPARE(OSDMessage::volume(0.0f).icon(), QStringLiteral("speaker.slash.fill"));
+        QCOMPARE(OSDMessage::volume(0.999f).text(), QStringLiteral("Volume: 99%"));
+        QCOMPARE(OSDMessage::volume(0.5f).icon(), QStringLiteral("speaker.wave.2.fill"));
+        QCOMPARE(OSDMessage::seek(65, 3700).text(), QStringLiteral("01:05 / 1:01:40"));
+        QCOMPARE(OSDMessage::playbackRate(1.0f).text(), QStringLiteral("1x"));
+        QCOMPARE(OSDMessage::playbackRate(1.5f).text(), QStringLiteral("1.5x"));
+        QCOMPARE(OSDMessage::playbackRate(0.25f).text(), QStringLiteral("0.25x"));
+        QCOMPARE(OSDMessage::muted(true).text(), QStringLiteral("Muted"));
+        QCOMPARE(OSDMessage::muted(false).icon(), QStringLiteral("speaker.wave.2.fill"));
+        QCOMPARE(OSDMessage::paused().icon(), QStringLiteral("pause.fill"));
+        QCOMPARE(OSDMessage::playing().text(), QStringLiteral("Playing"));
+        QCOMPARE(OSDMessage::text(QStringLiteral("Hi")).icon(), QStringLiteral("info.circle"));
+        QVERIFY(OSDMessage::volume(0.5f) == OSDMessage::volume(0.5f));
+        QVERIFY(!(OSDMessage::volume(0.5f) == OSDMessage::volume(0.6f)));
+    }
+
+    void osdKeepsTheNewestMessageForItsFullTime() {
+        OSDManager osd;
+        QSignalSpy changes(&osd, &OSDManager::currentMessageChanged);
+        QElapsedTimer clock;
+        clock.start();
+        osd.show(OSDMessage::text(QStringLiteral("first")), 1.5);
+        QTest::qWait(1000);
+        osd.show(OSDMessage::text(QStringLiteral("second")), 1.5);
+        // Past the first message's deadline the second one is still up.
+        QTest::qWait(800);
+        QVERIFY(osd.currentMessage().has_value());
+        QCOMPARE(osd.currentMessage()->text(), QStringLiteral("second"));
+        QTRY_VERIFY_WITH_TIMEOUT(!osd.currentMessage().has_value(), 3000);
+        QVERIFY(clock.elapsed() >= 2400);
+        QCOMPARE(changes.count(), 3); // first, second, gone
+
+        // The same message again restarts the timer but notifies nothing.
+        osd.show(OSDMessage::paused(), 1.5);
+        changes.clear();
+        osd.show(OSDMessage::paused(), 1.5);
+        QCOMPARE(changes.count(), 0);
+    }
+
+    void trackManagerNotifiesOnlyRealChanges() {
+        TrackManager manager;
+        QSignalSpy audio(&manager, &TrackManager::audioTracksChanged);
+        QSignalSpy subtitles(&manager, &TrackManager::subtitleTracksChanged);
+        QSignalSpy audioID(&manager, &TrackManager::currentAudioIDChanged);
+
+        MediaTrack video{1, TrackType::Video, {}, {}, QStringLiteral("h264"), true, false};
+        MediaTrack english{1, TrackType::Audio, {}, QStringLiteral("eng"), {}, true, false};
+        MediaTrack commentary{2,    TrackType::Audio, QStringLiteral("Commentary"), {}, {}, false,
+                              false};
+        MediaTrack subtitle{1, TrackType::Sub, {}, QStringLiteral("eng"), {}, false, false};
+        const QList<MediaTrack> all{video, english, commentary, subtitle};
+
+        manager.updateTracks(all);
+        manager.updateTracks(all);
+        QCOMPARE(audio.count(), 1);
+        QCOMPARE(subtitles.count(), 1);
+        QCOMPARE(manager.audioTracks(), (QList<MediaTrack>{english, commentary}));
+        QCOMPARE(manager.subtitleTracks(), QList<MediaTrack>{subtitle});
+
+        manager.setCurrentAudioID(2);
+        manager.setCurrentAudioID(2);
+        QCOMPARE(audioID.count(), 1);
+
+        manager.reset();
+        QVERIFY(manager.audioTracks().isEmpty());
+        QCOMPARE(manager.currentAudioID(), 0);
+        QCOMPARE(audioID.count(), 2);
+        manager.reset(); // already empty: silent
+        QCOMPARE(audioID.count(), 2);
+        QCOMPARE(audio.count(), 2);
+    }
+
+    void hdrFollowsTheTransferFunctionOnly() {
+        HDRManager hdr;
+        hdr.handlePropertyChange(QStringLiteral("video-params/primaries"),
+                                 QStringLiteral("bt.2020"));
+        QVERIFY(!hdr.isHDRContent());
+        QCOMPARE(hdr.primaries(), QStringLiteral("bt.2020"));
+
+        hdr.handlePropertyChange(QStringLiteral("video-params/gamma"), QStringLiteral("pq"));
+        QVERIFY(hdr.isHDRContent());
+        hdr.handlePropertyChange(QStringLiteral("video-params/gamma"), QStringLiteral("PQ"));
+        QVERIFY(!hdr.isHDRContent());
+        hdr.handlePropertyChange(QStringLiteral("video-params/gamma"), QStringLiteral("hlg"));
+        QVERIFY(hdr.isHDRContent());
+        hdr.handlePropertyChange(QStringLiteral("video-params/gamma"), std::nullopt);
+        QVERIFY(!hdr.isHDRContent());
+        QCOMPARE(hdr.transferFunction(), QStringLiteral("bt.1886"));
+
+        hdr.handlePropertyChange(QStringLiteral("video-params/gamma"), QStringLiteral("pq"));
+        hdr.reset();
+        QVERIFY(!hdr.isHDRContent());
+        QCOMPARE(hdr.transferFunction(), QStringLiteral("bt.1886"));
+        QCOMPARE(hdr.primaries(), QStringLiteral("bt.709"));
+        QCOMPARE(hdr.maxEDR(), 1.0);
+    }
+
+    void preferencesFallBackWhenAbsent() {
+        Preferences preferences;
+        for (const QString& key :
+             {PreferenceKeys::seekSmallStep, PreferenceKeys::seekLargeStep, PreferenceKeys::volume,
+              PreferenceKeys::isMuted, PreferenceKeys::resumePlayback})
+            preferences.remove(key);
+
+        QCOMPARE(preferences.seekSmallStep(), 5.0);
+        QCOMPARE(preferences.seekLargeStep(), 30.0);
+        QVERIFY(preferences.resumePlayback());
+        QVERIFY(preferences.autoPlayOnOpen());
+        QVERIFY(preferences.preventSleep());
+        QCOMPARE(preferences.defaultVolume(), 1.0);
+        QCOMPARE(preferences.controlBarOpacity(), 0.8);
+        QCOMPARE(preferences.controlsAutoHideDelay(), 3.0);
+        QCOMPARE(preferences.osdDuration(), 1.5);
+        QVERIFY(!preferences.storedVolume().has_value());
+        QVERIFY(!preferences.storedIsMuted());
+
+        // Zero or negative steps count as absent; real values are read on every call.
+        preferences.setDouble(PreferenceKeys::seekSmallStep, 0.0);
+        QCOMPARE(preferences.seekSmallStep(), 5.0);
+        preferences.setDouble(PreferenceKeys::seekSmallStep, -3.0);
+        QCOMPARE(preferences.seekSmallStep(), 5.0);
+        preferences.setDouble(PreferenceKeys::seekSmallStep, 12.0);
+        QCOMPARE(Preferences().seekSmallStep(), 12.0);
+
+        preferences.setBool(PreferenceKeys::resumePlayback, false);
+        QVERIFY(!Preferences().resumePlayback());
+        preferences.setFloat(PreferenceKeys::volume, 0.0f);
+        QCOMPARE(Preferences().storedVolume(), std::optional<float>(0.0f));
+    }
+
+    void mpvErrorTexts() {
+        QCOMPARE(MPVError::notInitialized().errorDescription(),
+                 QStringLiteral("mpv not initialized"));
+        QCOMPARE(MPVError::commandFailed(QStringLiteral("invalid parameter")).errorDescription(),
+                 QStringLiteral("mpv command failed: invalid parameter"));
+        QCOMPARE(QByteArray(MPVError::notInitialized().what()), QByteArray("mpv not initialized"));
+    }
+};
+
+VELMAR_TEST_MAIN(ModelTest)
+#include "tst_model.moc"

@@ -1,0 +1,80 @@
+#include "TestSupport.h"
+
+#include "app/Application.h"
+#include "core/engine/MPVDecoder.h"
+#include "core/engine/PlaybackEngine.h"
+#include "core/renderer/MPVVideoView.h"
+
+#include <QCoroTask>
+#include <QStandardPaths>
+
+namespace velmar::test {
+
+QString fixturePath(const QString& name) {
+    return QStringLiteral(VELMAR_FIXTURE_DIR "/") + name;
+}
+
+QUrl fixtureUrl(const QString& name) {
+    return QUrl::fromLocalFile(fixturePath(name));
+}
+
+IsolatedHome::IsolatedHome() {
+    const QString root = m_dir.path();
+    for (const char* variable : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME",
+                                 "XDG_STATE_HOME", "XDG_PICTURES_DIR"}) {
+        const QString folder = root + QLatin1Char('/') + QString::fromLatin1(variable);
+        QDir().mkpath(folder);
+        qputenv(variable, folder.toUtf8());
+    }
+    QDir().mkpath(root + QStringLiteral("/runtime"));
+    QFile::setPermissions(root + QStringLiteral("/runtime"),
+                          QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+    qputenv("XDG_RUNTIME_DIR", (root + QStringLiteral("/runtime")).toUtf8());
+    qputenv("HOME", root.toUtf8());
+}
+
+std::unique_ptr<PlaybackEngine> makeSilentEngine() {
+    auto engine = std::make_unique<PlaybackEngine>();
+    engine->decoder()->setMPVString("ao", QStringLiteral("null"));
+    return engine;
+}
+
+PlayerWindow::PlayerWindow(PlaybackEngine* engine, QSize size)
+    : m_engine(engine)
+    , m_view(new MPVVideoView(m_window.contentItem())) {
+    m_window.resize(size);
+    m_window.setColor(Qt::black);
+    m_view->setSize(size);
+    QObject::connect(&m_window, &QQuickWindow::widthChanged, m_view,
+                     [this](int width) { m_view->setWidth(width); });
+    QObject::connect(&m_window, &QQuickWindow::heightChanged, m_view,
+                     [this](int height) { m_view->setHeight(height); });
+    m_view->setEngine(engine);
+}
+
+PlayerWindow::~PlayerWindow() {
+    delete m_view;
+}
+
+bool PlayerWindow::showAndWaitForRenderContext() {
+    m_window.show();
+    if (!QTest::qWaitForWindowExposed(&m_window))
+        return false;
+    return QTest::qWaitFor([this] { return m_engine->decoder()->renderContext() != nullptr; },
+                           10000);
+}
+
+void loadAndWait(PlaybackEngine& engine, const QUrl& url) {
+    QCoro::waitFor(engine.load(url));
+}
+
+int runTests(QObject* testObject, int argc, char** argv) {
+    Application::prepareGraphics();
+    QGuiApplication app(argc, argv);
+    QGuiApplication::setApplicationName(QStringLiteral("VelmarPlayer"));
+    QGuiApplication::setOrganizationName(QStringLiteral("VelmarPlayer"));
+    QStandardPaths::setTestModeEnabled(true);
+    return QTest::qExec(testObject, argc, argv);
+}
+
+} // namespace velmar::test
