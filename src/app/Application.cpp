@@ -6,7 +6,8 @@
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
 
-void Application::prepareGraphics() {
+void Application::prepareGraphics()
+{
     QQuickWindow::setGraphicsApi(QSGRendererInterface::OpenGL);
     // libmpv's render context must be serviced on a thread that never waits for the GUI thread.
     if (!qEnvironmentVariableIsSet("QSG_RENDER_LOOP"))
@@ -14,11 +15,13 @@ void Application::prepareGraphics() {
 }
 
 Application::Application()
-    : m_engine(std::make_unique<PlaybackEngine>()) {}
+    : m_engine(std::make_unique<PlaybackEngine>())
+{}
 
 Application::~Application() = default;
 
-bool Application::start(const QStringList& files) {
+bool Application::start(const QStringList& files)
+{
     for (const QString& file : files)
         m_pendingFiles << QUrl::fromUserInput(file, QDir::currentPath(), QUrl::AssumeLocalFile);
 
@@ -39,7 +42,8 @@ bool Application::start(const QStringList& files) {
     return true;
 }
 
-void Application::openInitialFiles() {
+void Application::openInitialFiles()
+{
     if (m_pendingFiles.isEmpty())
         return;
     // Several files become a playlist once there is one; until then the first one plays.

@@ -10,7 +10,8 @@ class QQmlApplicationEngine;
 
 /// Owns the one playback engine and the main window, and hands it the files from the command
 /// line. The QML scene is destroyed before the engine, so no video item outlives the decoder.
-class Application : public QObject {
+class Application : public QObject
+{
     Q_OBJECT
 
 public:

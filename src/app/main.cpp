@@ -9,14 +9,16 @@ Q_IMPORT_QML_PLUGIN(VelmarPlugin)
 
 namespace {
 
-void describeApplication() {
+void describeApplication()
+{
     QCoreApplication::setApplicationName(QStringLiteral("VelmarPlayer"));
     QCoreApplication::setOrganizationName(QStringLiteral("VelmarPlayer"));
     QCoreApplication::setApplicationVersion(QStringLiteral(VELMAR_VERSION));
 }
 
 /// Reads the command line without a display, so that --help and --version work anywhere.
-QStringList filesFromCommandLine(int argc, char* argv[]) {
+QStringList filesFromCommandLine(int argc, char* argv[])
+{
     QCoreApplication app(argc, argv);
     describeApplication();
     QCommandLineParser parser;
@@ -32,7 +34,8 @@ QStringList filesFromCommandLine(int argc, char* argv[]) {
 
 } // namespace
 
-int main(int argc, char* argv[]) {
+int main(int argc, char* argv[])
+{
     const QStringList files = filesFromCommandLine(argc, argv);
 
     Application::prepareGraphics();

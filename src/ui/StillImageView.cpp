@@ -3,17 +3,20 @@
 #include <QPainter>
 
 StillImageView::StillImageView(QQuickItem* parent)
-    : QQuickPaintedItem(parent) {
+    : QQuickPaintedItem(parent)
+{
     setFillColor(Qt::black);
 }
 
-void StillImageView::setImage(const QImage& image) {
+void StillImageView::setImage(const QImage& image)
+{
     m_image = image;
     Q_EMIT imageChanged();
     update();
 }
 
-void StillImageView::paint(QPainter* painter) {
+void StillImageView::paint(QPainter* painter)
+{
     if (m_image.isNull())
         return;
     const QSizeF fitted = QSizeF(m_image.size()).scaled(size(), Qt::KeepAspectRatio);

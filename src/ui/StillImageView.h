@@ -5,7 +5,8 @@
 #include <QtQml/qqmlregistration.h>
 
 /// Shows a still image scaled to fit, centred, keeping its aspect ratio.
-class StillImageView : public QQuickPaintedItem {
+class StillImageView : public QQuickPaintedItem
+{
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QImage image READ image WRITE setImage NOTIFY imageChanged)

@@ -17,47 +17,56 @@ using Kind = PlayerState::Kind;
 namespace {
 
 /// An engine with its video window, torn down window first as in the application.
-struct Player {
+struct Player
+{
     std::unique_ptr<PlaybackEngine> engine = makeSilentEngine();
     std::unique_ptr<PlayerWindow> window = std::make_unique<PlayerWindow>(engine.get());
 
-    ~Player() {
+    ~Player()
+    {
         window.reset();
         engine.reset();
     }
 
     mpv_handle* mpv() const { return engine->decoder()->handle(); }
-    QString osdText() const {
+    QString osdText() const
+    {
         const auto message = engine->osd()->currentMessage();
         return message ? message->text() : QString();
     }
 };
 
-std::optional<bool> mpvFlag(const Player& player, const char* name) {
+std::optional<bool> mpvFlag(const Player& player, const char* name)
+{
     return MPVProperty::readFlag(player.mpv(), name);
 }
 
-std::optional<double> mpvDouble(const PlaybackEngine& engine, const char* name) {
+std::optional<double> mpvDouble(const PlaybackEngine& engine, const char* name)
+{
     return MPVProperty::readDouble(engine.decoder()->handle(), name);
 }
 
-void waitFor(const std::function<QCoro::Task<void>()>& operation) {
+void waitFor(const std::function<QCoro::Task<void>()>& operation)
+{
     QCoro::waitFor(operation());
 }
 
 } // namespace
 
-class EngineTest : public QObject {
+class EngineTest : public QObject
+{
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() {
+    void init()
+    {
         Preferences preferences;
         preferences.remove(PreferenceKeys::volume);
         preferences.remove(PreferenceKeys::isMuted);
     }
 
-    void playsPausesAndStopsAtTheEnd() {
+    void playsPausesAndStopsAtTheEnd()
+    {
         Player player;
         QVERIFY(player.window->showAndWaitForRenderContext());
         QList<Kind> states;
@@ -98,7 +107,8 @@ private Q_SLOTS:
         QVERIFY(player.engine->currentTime() < 3.0);
     }
 
-    void operationsNeedLoadedMedia() {
+    void operationsNeedLoadedMedia()
+    {
         auto engine = makeSilentEngine();
         engine->play();
         engine->pause();
@@ -113,7 +123,8 @@ private Q_SLOTS:
         QVERIFY(!engine->osd()->currentMessage().has_value());
     }
 
-    void exactAndRelativeSeeks() {
+    void exactAndRelativeSeeks()
+    {
         Player player;
         QVERIFY(player.window->showAndWaitForRenderContext());
         loadAndWait(*player.engine, fixtureUrl(QStringLiteral("clip10.mp4")));
@@ -141,7 +152,8 @@ private Q_SLOTS:
         QCOMPARE(player.engine->state().kind(), Kind::Paused);
     }
 
-    void scrubbingHoldsThePictureThenResumes() {
+    void scrubbingHoldsThePictureThenResumes()
+    {
         Player player;
         QVERIFY(player.window->showAndWaitForRenderContext());
         loadAndWait(*player.engine, fixtureUrl(QStringLiteral("clip30.mp4")));
@@ -168,7 +180,8 @@ private Q_SLOTS:
         QCOMPARE(player.engine->currentTime(), 5.0);
     }
 
-    void frameStepsPauseAndAnnounce() {
+    void frameStepsPauseAndAnnounce()
+    {
         Player player;
         QVERIFY(player.window->showAndWaitForRenderContext());
         loadAndWait(*player.engine, fixtureUrl(QStringLiteral("clip10.mp4")));
@@ -191,7 +204,8 @@ private Q_SLOTS:
                                  5000);
     }
 
-    void volumeAndMutePersistAcrossEngines() {
+    void volumeAndMutePersistAcrossEngines()
+    {
         {
             auto engine = makeSilentEngine();
             QCOMPARE(engine->volume(), 1.0f);
@@ -237,7 +251,8 @@ private Q_SLOTS:
         }
     }
 
-    void playbackRateCyclesThroughTheList() {
+    void playbackRateCyclesThroughTheList()
+    {
         Player player;
         PlaybackEngine& engine = *player.engine;
         engine.cyclePlaybackRate();
@@ -259,7 +274,8 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(mpvDouble(engine, "speed"), std::optional<double>(2.0), 3000);
     }
 
-    void imagesNeverReachLibmpv() {
+    void imagesNeverReachLibmpv()
+    {
         Player player;
         QVERIFY(player.window->showAndWaitForRenderContext());
         loadAndWait(*player.engine, fixtureUrl(QStringLiteral("clip10.mp4")));
@@ -282,14 +298,16 @@ private Q_SLOTS:
                  PlayerState::error(QStringLiteral("Failed to load image")));
     }
 
-    void unplayableFilesEndInError_data() {
+    void unplayableFilesEndInError_data()
+    {
         QTest::addColumn<QString>("file");
         QTest::newRow("missing") << QStringLiteral("no-such-file.mp4");
         QTest::newRow("zero bytes") << QStringLiteral("empty.mp4");
         QTest::newRow("truncated") << QStringLiteral("truncated.mp4");
     }
 
-    void unplayableFilesEndInError() {
+    void unplayableFilesEndInError()
+    {
         QFETCH(QString, file);
         Player player;
         QVERIFY(player.window->showAndWaitForRenderContext());
@@ -308,7 +326,8 @@ private Q_SLOTS:
         QCOMPARE(player.engine->state().kind(), Kind::Playing);
     }
 
-    void tracksAndMediaInformation() {
+    void tracksAndMediaInformation()
+    {
         Player player;
         QVERIFY(player.window->showAndWaitForRenderContext());
         loadAndWait(*player.engine, fixtureUrl(QStringLiteral("tracks.mkv")));

@@ -9,11 +9,13 @@
 
 using namespace velmar::test;
 
-class StressTest : public QObject {
+class StressTest : public QObject
+{
     Q_OBJECT
 
 private Q_SLOTS:
-    void hammerTheEngineWhileRendering() {
+    void hammerTheEngineWhileRendering()
+    {
         auto engine = makeSilentEngine();
         auto player = std::make_unique<PlayerWindow>(engine.get());
         QVERIFY(player->showAndWaitForRenderContext());

@@ -14,11 +14,13 @@
 
 using velmar::formatTime;
 
-class ModelTest : public QObject {
+class ModelTest : public QObject
+{
     Q_OBJECT
 
 private Q_SLOTS:
-    void formatTime_data() {
+    void formatTime_data()
+    {
         QTest::addColumn<double>("seconds");
         QTest::addColumn<QString>("text");
         QTest::newRow("zero") << 0.0 << QStringLiteral("00:00");
@@ -32,13 +34,15 @@ private Q_SLOTS:
                                   << QStringLiteral("00:00");
     }
 
-    void formatTime() {
+    void formatTime()
+    {
         QFETCH(double, seconds);
         QFETCH(QString, text);
         QCOMPARE(velmar::formatTime(seconds), text);
     }
 
-    void referenceTimestampsCountFrom2001() {
+    void referenceTimestampsCountFrom2001()
+    {
         const QDateTime start(QDate(2001, 1, 1), QTime(0, 0), Qt::UTC);
         QCOMPARE(velmar::toReferenceTimestamp(start), 0.0);
         const QDateTime later(QDate(2026, 11, 22), QTime(7, 30, 15), Qt::UTC);
@@ -47,7 +51,8 @@ private Q_SLOTS:
         QCOMPARE(velmar::fromReferenceTimestamp(velmar::toReferenceTimestamp(later)), later);
     }
 
-    void trackLabels() {
+    void trackLabels()
+    {
         MediaTrack track;
         track.id = 3;
         QCOMPARE(track.displayLabel(), QStringLiteral("Track 3"));
@@ -65,7 +70,8 @@ private Q_SLOTS:
         QVERIFY(!trackTypeFromString(QStringLiteral("Audio")).has_value());
     }
 
-    void osdMessageTexts() {
+    void osdMessageTexts()
+    {
         QCOMPARE(OSDMessage::volume(0.0f).text(), QStringLiteral("Volume: 0%"));
         QCOMPARE(OSDMessage::volume(0.0f).icon(), QStringLiteral("speaker.slash.fill"));
         QCOMPARE(OSDMessage::volume(0.999f).text(), QStringLiteral("Volume: 99%"));
@@ -83,7 +89,8 @@ private Q_SLOTS:
         QVERIFY(!(OSDMessage::volume(0.5f) == OSDMessage::volume(0.6f)));
     }
 
-    void osdKeepsTheNewestMessageForItsFullTime() {
+    void osdKeepsTheNewestMessageForItsFullTime()
+    {
         OSDManager osd;
         QSignalSpy changes(&osd, &OSDManager::currentMessageChanged);
         QElapsedTimer clock;
@@ -106,7 +113,8 @@ private Q_SLOTS:
         QCOMPARE(changes.count(), 0);
     }
 
-    void trackManagerNotifiesOnlyRealChanges() {
+    void trackManagerNotifiesOnlyRealChanges()
+    {
         TrackManager manager;
         QSignalSpy audio(&manager, &TrackManager::audioTracksChanged);
         QSignalSpy subtitles(&manager, &TrackManager::subtitleTracksChanged);
@@ -139,7 +147,8 @@ private Q_SLOTS:
         QCOMPARE(audio.count(), 2);
     }
 
-    void hdrFollowsTheTransferFunctionOnly() {
+    void hdrFollowsTheTransferFunctionOnly()
+    {
         HDRManager hdr;
         hdr.handlePropertyChange(QStringLiteral("video-params/primaries"),
                                  QStringLiteral("bt.2020"));
@@ -164,7 +173,8 @@ private Q_SLOTS:
         QCOMPARE(hdr.maxEDR(), 1.0);
     }
 
-    void preferencesFallBackWhenAbsent() {
+    void preferencesFallBackWhenAbsent()
+    {
         Preferences preferences;
         for (const QString& key :
              {PreferenceKeys::seekSmallStep, PreferenceKeys::seekLargeStep, PreferenceKeys::volume,
@@ -197,7 +207,8 @@ private Q_SLOTS:
         QCOMPARE(Preferences().storedVolume(), std::optional<float>(0.0f));
     }
 
-    void mpvErrorTexts() {
+    void mpvErrorTexts()
+    {
         QCOMPARE(MPVError::notInitialized().errorDescription(),
                  QStringLiteral("mpv not initialized"));
         QCOMPARE(MPVError::commandFailed(QStringLiteral("invalid parameter")).errorDescription(),

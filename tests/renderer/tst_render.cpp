@@ -10,20 +10,24 @@ using namespace velmar::test;
 namespace {
 
 // The fixtures carry a blue block in the top-left fifth and a yellow one in the bottom-right.
-bool isBlue(QColor c) {
+bool isBlue(QColor c)
+{
     return c.blue() > 180 && c.red() < 70 && c.green() < 70;
 }
 
-bool isYellow(QColor c) {
+bool isYellow(QColor c)
+{
     return c.red() > 180 && c.green() > 180 && c.blue() < 80;
 }
 
-QString describe(QColor c) {
+QString describe(QColor c)
+{
     return QStringLiteral("rgb(%1,%2,%3)").arg(c.red()).arg(c.green()).arg(c.blue());
 }
 
 /// Mean absolute difference per channel between two images of the same size.
-double meanDifference(const QImage& a, const QImage& b) {
+double meanDifference(const QImage& a, const QImage& b)
+{
     const QImage x = a.convertToFormat(QImage::Format_RGB32);
     const QImage y = b.convertToFormat(QImage::Format_RGB32);
     double total = 0;
@@ -39,11 +43,13 @@ double meanDifference(const QImage& a, const QImage& b) {
 
 } // namespace
 
-class RenderTest : public QObject {
+class RenderTest : public QObject
+{
     Q_OBJECT
 
 private Q_SLOTS:
-    void pictureIsTheVideoRightWayUpAndSurvivesAResize() {
+    void pictureIsTheVideoRightWayUpAndSurvivesAResize()
+    {
         auto engine = makeSilentEngine();
         auto player = std::make_unique<PlayerWindow>(engine.get(), QSize(640, 360));
         QVERIFY(player->showAndWaitForRenderContext());

@@ -5,20 +5,26 @@
 #include "core/engine/PlaybackEngine.h"
 #include "core/renderer/MPVVideoView.h"
 
+#include <cstring>
+#include <dlfcn.h>
+#include <link.h>
 #include <QCoroTask>
 #include <QStandardPaths>
 
 namespace velmar::test {
 
-QString fixturePath(const QString& name) {
+QString fixturePath(const QString& name)
+{
     return QStringLiteral(VELMAR_FIXTURE_DIR "/") + name;
 }
 
-QUrl fixtureUrl(const QString& name) {
+QUrl fixtureUrl(const QString& name)
+{
     return QUrl::fromLocalFile(fixturePath(name));
 }
 
-IsolatedHome::IsolatedHome() {
+IsolatedHome::IsolatedHome()
+{
     const QString root = m_dir.path();
     for (const char* variable : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME",
                                  "XDG_STATE_HOME", "XDG_PICTURES_DIR"}) {
@@ -33,7 +39,8 @@ IsolatedHome::IsolatedHome() {
     qputenv("HOME", root.toUtf8());
 }
 
-std::unique_ptr<PlaybackEngine> makeSilentEngine() {
+std::unique_ptr<PlaybackEngine> makeSilentEngine()
+{
     auto engine = std::make_unique<PlaybackEngine>();
     engine->decoder()->setMPVString("ao", QStringLiteral("null"));
     return engine;
@@ -41,7 +48,8 @@ std::unique_ptr<PlaybackEngine> makeSilentEngine() {
 
 PlayerWindow::PlayerWindow(PlaybackEngine* engine, QSize size)
     : m_engine(engine)
-    , m_view(new MPVVideoView(m_window.contentItem())) {
+    , m_view(new MPVVideoView(m_window.contentItem()))
+{
     m_window.resize(size);
     m_window.setColor(Qt::black);
     m_view->setSize(size);
@@ -52,11 +60,13 @@ PlayerWindow::PlayerWindow(PlaybackEngine* engine, QSize size)
     m_view->setEngine(engine);
 }
 
-PlayerWindow::~PlayerWindow() {
+PlayerWindow::~PlayerWindow()
+{
     delete m_view;
 }
 
-bool PlayerWindow::showAndWaitForRenderContext() {
+bool PlayerWindow::showAndWaitForRenderContext()
+{
     m_window.show();
     if (!QTest::qWaitForWindowExposed(&m_window))
         return false;
@@ -64,17 +74,39 @@ bool PlayerWindow::showAndWaitForRenderContext() {
                            10000);
 }
 
-void loadAndWait(PlaybackEngine& engine, const QUrl& url) {
+void loadAndWait(PlaybackEngine& engine, const QUrl& url)
+{
     QCoro::waitFor(engine.load(url));
 }
 
-int runTests(QObject* testObject, int argc, char** argv) {
+namespace {
+
+/// Keeps the OpenGL driver modules mapped until the process ends. The GL stack unloads them on
+/// shutdown, before LeakSanitizer reports, which would leave the driver's own one-off
+/// allocations unattributed and impossible to tell from ours.
+void pinGraphicsDrivers()
+{
+    dl_iterate_phdr(
+        [](dl_phdr_info* info, size_t, void*) {
+            if (info->dlpi_name && std::strstr(info->dlpi_name, "/dri/"))
+                dlopen(info->dlpi_name, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
+            return 0;
+        },
+        nullptr);
+}
+
+} // namespace
+
+int runTests(QObject* testObject, int argc, char** argv)
+{
     Application::prepareGraphics();
     QGuiApplication app(argc, argv);
     QGuiApplication::setApplicationName(QStringLiteral("VelmarPlayer"));
     QGuiApplication::setOrganizationName(QStringLiteral("VelmarPlayer"));
     QStandardPaths::setTestModeEnabled(true);
-    return QTest::qExec(testObject, argc, argv);
+    const int failures = QTest::qExec(testObject, argc, argv);
+    pinGraphicsDrivers();
+    return failures;
 }
 
 } // namespace velmar::test

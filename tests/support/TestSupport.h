@@ -19,7 +19,8 @@ QUrl fixtureUrl(const QString& name);
 
 /// Points every XDG folder at a fresh temporary directory, so that no test reads or writes
 /// the user's settings or library. Must exist before the application object.
-class IsolatedHome {
+class IsolatedHome
+{
 public:
     IsolatedHome();
 
@@ -32,7 +33,8 @@ std::unique_ptr<PlaybackEngine> makeSilentEngine();
 
 /// A real window showing the engine's video, as the player shows it. Destroy it before the
 /// engine.
-class PlayerWindow {
+class PlayerWindow
+{
 public:
     explicit PlayerWindow(PlaybackEngine* engine, QSize size = QSize(640, 360));
     ~PlayerWindow();
@@ -58,7 +60,8 @@ int runTests(QObject* testObject, int argc, char** argv);
 
 /// Test entry point: an isolated home, the player's graphics set-up, then the tests.
 #define VELMAR_TEST_MAIN(TestClass)                                                                \
-    int main(int argc, char** argv) {                                                              \
+    int main(int argc, char** argv)                                                                \
+    {                                                                                              \
         velmar::test::IsolatedHome home;                                                           \
         TestClass tests;                                                                           \
         return velmar::test::runTests(&tests, argc, argv);                                         \

@@ -16,7 +16,8 @@ namespace {
 
 const char* const kApiTypeOpenGL = MPV_RENDER_API_TYPE_OPENGL;
 
-struct Option {
+struct Option
+{
     const char* name;
     const char* value;
 };
@@ -42,7 +43,8 @@ constexpr Option kOptions[] = {
     {"hr-seek-framedrop", "yes"},
 };
 
-struct ObservedProperty {
+struct ObservedProperty
+{
     const char* name;
     mpv_format format;
 };
@@ -55,14 +57,17 @@ constexpr ObservedProperty kObservedProperties[] = {
     {MPVName::sid, MPV_FORMAT_INT64},
 };
 
-QString mpvErrorText(int status) {
+QString mpvErrorText(int status)
+{
     return QString::fromUtf8(mpv_error_string(status));
 }
 
 /// Owns NUL-terminated copies of the arguments plus the terminating null entry.
-class CommandArguments {
+class CommandArguments
+{
 public:
-    explicit CommandArguments(const QStringList& args) {
+    explicit CommandArguments(const QStringList& args)
+    {
         m_storage.reserve(size_t(args.size()));
         for (const QString& arg : args)
             m_storage.push_back(arg.toUtf8());
@@ -78,19 +83,22 @@ private:
     std::vector<const char*> m_pointers;
 };
 
-QString formatSeconds(double seconds) {
+QString formatSeconds(double seconds)
+{
     return QString::asprintf("%.3f", seconds);
 }
 
 } // namespace
 
 MPVDecoder::MPVDecoder(QObject* parent)
-    : QObject(parent) {
+    : QObject(parent)
+{
     m_eventThread.setObjectName(QStringLiteral("org.velmar.VelmarPlayer.mpv.events"));
     setupMPV();
 }
 
-MPVDecoder::~MPVDecoder() {
+MPVDecoder::~MPVDecoder()
+{
     if (m_isShuttingDown)
         return;
     m_isShuttingDown = true;
@@ -114,7 +122,8 @@ MPVDecoder::~MPVDecoder() {
     }
 }
 
-void MPVDecoder::setupMPV() {
+void MPVDecoder::setupMPV()
+{
     // libmpv refuses to run unless numbers are formatted the C way; Qt may have changed it.
     std::setlocale(LC_NUMERIC, "C");
 
@@ -146,12 +155,14 @@ void MPVDecoder::setupMPV() {
         this);
 }
 
-void MPVDecoder::checkError(int status) {
+void MPVDecoder::checkError(int status)
+{
     if (status < 0)
         velmar::logLine(QStringLiteral("[MPVDecoder] mpv error: ") + mpvErrorText(status));
 }
 
-QCoro::Task<void> MPVDecoder::load(const QUrl& url) {
+QCoro::Task<void> MPVDecoder::load(const QUrl& url)
+{
     if (!m_mpv)
         throw MPVError::notInitialized();
 
@@ -177,7 +188,8 @@ QCoro::Task<void> MPVDecoder::load(const QUrl& url) {
         m_duration = *duration;
 }
 
-void MPVDecoder::seek(double seconds) {
+void MPVDecoder::seek(double seconds)
+{
     if (!m_mpv)
         return;
     command({QStringLiteral("seek"), formatSeconds(seconds), QStringLiteral("absolute"),
@@ -185,7 +197,8 @@ void MPVDecoder::seek(double seconds) {
     m_currentTime = seconds;
 }
 
-void MPVDecoder::scrub(double seconds) {
+void MPVDecoder::scrub(double seconds)
+{
     if (!m_mpv)
         return;
     commandAsync({QStringLiteral("seek"), formatSeconds(seconds), QStringLiteral("absolute"),
@@ -193,7 +206,8 @@ void MPVDecoder::scrub(double seconds) {
     m_currentTime = seconds;
 }
 
-void MPVDecoder::seekRelativeFast(double offset) {
+void MPVDecoder::seekRelativeFast(double offset)
+{
     if (!m_mpv)
         return;
     commandAsync({QStringLiteral("seek"), formatSeconds(offset), QStringLiteral("relative"),
@@ -202,41 +216,49 @@ void MPVDecoder::seekRelativeFast(double offset) {
     m_currentTime = std::max(0.0, std::min(m_duration, m_currentTime + offset));
 }
 
-void MPVDecoder::setMPVString(const char* name, const QString& value) {
+void MPVDecoder::setMPVString(const char* name, const QString& value)
+{
     MPVProperty::writeString(m_mpv, name, value);
 }
 
-void MPVDecoder::setMPVDouble(const char* name, double value) {
+void MPVDecoder::setMPVDouble(const char* name, double value)
+{
     MPVProperty::writeDouble(m_mpv, name, value);
 }
 
-void MPVDecoder::setMPVFlag(const char* name, bool value) {
+void MPVDecoder::setMPVFlag(const char* name, bool value)
+{
     MPVProperty::writeFlag(m_mpv, name, value);
 }
 
-int MPVDecoder::command(const QStringList& args) {
+int MPVDecoder::command(const QStringList& args)
+{
     if (!m_mpv)
         return MPV_ERROR_UNINITIALIZED;
     CommandArguments arguments(args);
     return mpv_command(m_mpv, arguments.data());
 }
 
-void MPVDecoder::commandAsync(const QStringList& args) {
+void MPVDecoder::commandAsync(const QStringList& args)
+{
     if (!m_mpv)
         return;
     CommandArguments arguments(args);
     mpv_command_async(m_mpv, 0, arguments.data());
 }
 
-void MPVDecoder::setHDRManager(HDRManager* manager) {
+void MPVDecoder::setHDRManager(HDRManager* manager)
+{
     m_hdrManager = manager;
 }
 
-void MPVDecoder::setTrackManager(TrackManager* manager) {
+void MPVDecoder::setTrackManager(TrackManager* manager)
+{
     m_trackManager = manager;
 }
 
-QList<MediaTrack> MPVDecoder::getTrackList() const {
+QList<MediaTrack> MPVDecoder::getTrackList() const
+{
     const auto count = MPVProperty::readInt64(m_mpv, MPVName::trackCount);
     if (!count)
         return {};
@@ -267,7 +289,8 @@ QList<MediaTrack> MPVDecoder::getTrackList() const {
     return tracks;
 }
 
-std::optional<MediaInfo> MPVDecoder::getMediaInfo() const {
+std::optional<MediaInfo> MPVDecoder::getMediaInfo() const
+{
     if (!m_mpv)
         return std::nullopt;
     auto readInt = [this](const char* name) -> std::optional<int> {
@@ -293,7 +316,8 @@ std::optional<MediaInfo> MPVDecoder::getMediaInfo() const {
     return info;
 }
 
-void MPVDecoder::initRenderContext(GetProcAddress getProcAddress) {
+void MPVDecoder::initRenderContext(GetProcAddress getProcAddress)
+{
     if (!m_mpv || m_renderContext.load())
         return;
 
@@ -328,14 +352,16 @@ void MPVDecoder::initRenderContext(GetProcAddress getProcAddress) {
         this);
 }
 
-void MPVDecoder::freeRenderContext() {
+void MPVDecoder::freeRenderContext()
+{
     if (mpv_render_context* context = m_renderContext.exchange(nullptr)) {
         mpv_render_context_set_update_callback(context, nullptr, nullptr);
         mpv_render_context_free(context);
     }
 }
 
-void MPVDecoder::applyPropertyChange(const MPVPropertyChange& change) {
+void MPVDecoder::applyPropertyChange(const MPVPropertyChange& change)
+{
     const QByteArray& name = change.name;
     if (name == MPVName::pause) {
         if (change.format == MPV_FORMAT_FLAG && change.hasData)
@@ -368,7 +394,8 @@ void MPVDecoder::applyPropertyChange(const MPVPropertyChange& change) {
     }
 }
 
-void MPVDecoder::applyFileLoaded() {
+void MPVDecoder::applyFileLoaded()
+{
     if (!m_trackManager)
         return;
     m_trackManager->updateTracks(getTrackList());
@@ -378,7 +405,8 @@ void MPVDecoder::applyFileLoaded() {
         m_trackManager->setCurrentSubtitleID(*sid);
 }
 
-void MPVDecoder::applyEndFile(int reason, int error, qint64 entryId) {
+void MPVDecoder::applyEndFile(int reason, int error, qint64 entryId)
+{
     m_isPlaying = false;
     // An error for an entry other than the latest one belongs to a file already replaced.
     if (reason == MPV_END_FILE_REASON_ERROR && entryId == m_currentEntryId)

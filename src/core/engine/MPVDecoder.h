@@ -27,7 +27,8 @@ struct MPVPropertyChange;
 /// Threads: constructed, used and destroyed on the GUI thread, except `initRenderContext` and
 /// `freeRenderContext`, which run on the render thread with its GL context current. Events are
 /// drained on the decoder's own thread and every reaction is queued back to the GUI thread.
-class MPVDecoder : public QObject {
+class MPVDecoder : public QObject
+{
     Q_OBJECT
 
 public:

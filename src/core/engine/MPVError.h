@@ -5,7 +5,8 @@
 #include <QString>
 
 /// The one error the decoder reports to its caller (only `MPVDecoder::load` throws it).
-class MPVError : public std::exception {
+class MPVError : public std::exception
+{
 public:
     enum class Kind { CommandFailed, NotInitialized };
 
@@ -16,7 +17,8 @@ public:
     QString message() const { return m_message; }
 
     /// "mpv command failed: <message>" or "mpv not initialized".
-    QString errorDescription() const {
+    QString errorDescription() const
+    {
         return m_kind == Kind::CommandFailed ? QStringLiteral("mpv command failed: ") + m_message
                                              : QStringLiteral("mpv not initialized");
     }
@@ -27,7 +29,8 @@ private:
     MPVError(Kind kind, const QString& message)
         : m_kind(kind)
         , m_message(message)
-        , m_what(errorDescription().toUtf8()) {}
+        , m_what(errorDescription().toUtf8())
+    {}
 
     Kind m_kind;
     QString m_message;

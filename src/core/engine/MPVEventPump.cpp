@@ -4,9 +4,11 @@
 
 MPVEventPump::MPVEventPump(mpv_handle* mpv, MPVDecoder* decoder)
     : m_mpv(mpv)
-    , m_decoder(decoder) {}
+    , m_decoder(decoder)
+{}
 
-void MPVEventPump::drain() {
+void MPVEventPump::drain()
+{
     if (!m_mpv)
         return;
     while (true) {
@@ -17,14 +19,16 @@ void MPVEventPump::drain() {
     }
 }
 
-template <typename Reaction> void MPVEventPump::toDecoder(Reaction&& reaction) {
+template <typename Reaction> void MPVEventPump::toDecoder(Reaction&& reaction)
+{
     // Queued with the decoder as context: a reaction still pending when the decoder is
     // destroyed is dropped instead of running against freed state.
     QMetaObject::invokeMethod(
         m_decoder, [decoder = m_decoder, reaction]() { reaction(decoder); }, Qt::QueuedConnection);
 }
 
-void MPVEventPump::handleEvent(const mpv_event& event) {
+void MPVEventPump::handleEvent(const mpv_event& event)
+{
     switch (event.event_id) {
     case MPV_EVENT_END_FILE: {
         const auto* endFile = static_cast<const mpv_event_end_file*>(event.data);

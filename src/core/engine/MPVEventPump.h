@@ -9,7 +9,8 @@ class MPVDecoder;
 
 /// A property change copied out of libmpv's event buffer, which is only valid until the next
 /// mpv_wait_event call. `hasData` is false when libmpv reported the property as unavailable.
-struct MPVPropertyChange {
+struct MPVPropertyChange
+{
     QByteArray name;
     mpv_format format = MPV_FORMAT_NONE;
     bool hasData = false;
@@ -21,7 +22,8 @@ struct MPVPropertyChange {
 
 /// Lives on the decoder's event thread and drains libmpv's event queue there. It only reads the
 /// handle and the events; every reaction is queued to the decoder on the GUI thread.
-class MPVEventPump : public QObject {
+class MPVEventPump : public QObject
+{
     Q_OBJECT
 
 public:

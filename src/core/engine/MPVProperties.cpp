@@ -2,7 +2,8 @@
 
 namespace MPVProperty {
 
-std::optional<QString> readString(mpv_handle* mpv, const char* name) {
+std::optional<QString> readString(mpv_handle* mpv, const char* name)
+{
     if (!mpv)
         return std::nullopt;
     char* raw = mpv_get_property_string(mpv, name);
@@ -13,39 +14,45 @@ std::optional<QString> readString(mpv_handle* mpv, const char* name) {
     return text;
 }
 
-std::optional<qint64> readInt64(mpv_handle* mpv, const char* name) {
+std::optional<qint64> readInt64(mpv_handle* mpv, const char* name)
+{
     int64_t value = 0;
     if (!mpv || mpv_get_property(mpv, name, MPV_FORMAT_INT64, &value) < 0)
         return std::nullopt;
     return qint64(value);
 }
 
-std::optional<double> readDouble(mpv_handle* mpv, const char* name) {
+std::optional<double> readDouble(mpv_handle* mpv, const char* name)
+{
     double value = 0;
     if (!mpv || mpv_get_property(mpv, name, MPV_FORMAT_DOUBLE, &value) < 0)
         return std::nullopt;
     return value;
 }
 
-std::optional<bool> readFlag(mpv_handle* mpv, const char* name) {
+std::optional<bool> readFlag(mpv_handle* mpv, const char* name)
+{
     int value = 0;
     if (!mpv || mpv_get_property(mpv, name, MPV_FORMAT_FLAG, &value) < 0)
         return std::nullopt;
     return value != 0;
 }
 
-void writeDouble(mpv_handle* mpv, const char* name, double value) {
+void writeDouble(mpv_handle* mpv, const char* name, double value)
+{
     if (mpv)
         mpv_set_property(mpv, name, MPV_FORMAT_DOUBLE, &value);
 }
 
-void writeFlag(mpv_handle* mpv, const char* name, bool value) {
+void writeFlag(mpv_handle* mpv, const char* name, bool value)
+{
     int flag = value ? 1 : 0;
     if (mpv)
         mpv_set_property(mpv, name, MPV_FORMAT_FLAG, &flag);
 }
 
-void writeString(mpv_handle* mpv, const char* name, const QString& value) {
+void writeString(mpv_handle* mpv, const char* name, const QString& value)
+{
     if (!mpv)
         return;
     const QByteArray utf8 = value.toUtf8();

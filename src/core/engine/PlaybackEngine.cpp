@@ -22,7 +22,8 @@ constexpr double kMessageSeconds = 1.5;
 constexpr std::array<float, 9> kPlaybackRates = {0.25f, 0.5f, 0.75f, 1.0f, 1.25f,
                                                  1.5f,  2.0f, 3.0f,  4.0f};
 
-bool isImageFile(const QUrl& url) {
+bool isImageFile(const QUrl& url)
+{
     const QMimeType type =
         QMimeDatabase().mimeTypeForFile(url.toLocalFile(), QMimeDatabase::MatchExtension);
     return type.isValid() && type.name().startsWith(QLatin1String("image/"));
@@ -35,7 +36,8 @@ PlaybackEngine::PlaybackEngine(QObject* parent)
     , m_osd(new OSDManager(this))
     , m_hdr(new HDRManager(this))
     , m_tracks(new TrackManager(this))
-    , m_decoder(new MPVDecoder(this)) {
+    , m_decoder(new MPVDecoder(this))
+{
     m_decoder->setHDRManager(m_hdr);
     m_decoder->setTrackManager(m_tracks);
 
@@ -57,7 +59,8 @@ PlaybackEngine::PlaybackEngine(QObject* parent)
 
 PlaybackEngine::~PlaybackEngine() = default;
 
-double PlaybackEngine::progress() const {
+double PlaybackEngine::progress() const
+{
     if (m_duration <= 0)
         return 0.0;
     if (m_isAtEnd)
@@ -65,13 +68,15 @@ double PlaybackEngine::progress() const {
     return std::min(m_currentTime / m_duration, 1.0);
 }
 
-QVariant PlaybackEngine::mediaInfoVariant() const {
+QVariant PlaybackEngine::mediaInfoVariant() const
+{
     return m_mediaInfo ? QVariant::fromValue(*m_mediaInfo) : QVariant();
 }
 
 // MARK: position timer and end of file
 
-void PlaybackEngine::startPositionTimer() {
+void PlaybackEngine::startPositionTimer()
+{
     m_positionTimer.stop();
     m_positionTimer.setTimerType(Qt::PreciseTimer);
     m_positionTimer.setInterval(1000 / 30);
@@ -80,7 +85,8 @@ void PlaybackEngine::startPositionTimer() {
     m_positionTimer.start();
 }
 
-void PlaybackEngine::onPositionTick() {
+void PlaybackEngine::onPositionTick()
+{
     // Paused positions are owned by seeks and scrubs; only live playback follows libmpv.
     if (m_state.kind() != PlayerState::Kind::Playing)
         return;
@@ -88,13 +94,15 @@ void PlaybackEngine::onPositionTick() {
     setDuration(m_decoder->duration());
 }
 
-void PlaybackEngine::handlePlaybackDidEnd() {
+void PlaybackEngine::handlePlaybackDidEnd()
+{
     setIsAtEnd(true);
     setState(PlayerState::Kind::Paused);
     m_sleepPreventer.allowSleep();
 }
 
-void PlaybackEngine::handleFileFailed(const QString& reason) {
+void PlaybackEngine::handleFileFailed(const QString& reason)
+{
     const PlayerState::Kind kind = m_state.kind();
     if (kind == PlayerState::Kind::Idle || kind == PlayerState::Kind::Error ||
         kind == PlayerState::Kind::ViewingImage)
@@ -107,11 +115,13 @@ void PlaybackEngine::handleFileFailed(const QString& reason) {
 
 // MARK: loading
 
-void PlaybackEngine::open(const QUrl& url) {
+void PlaybackEngine::open(const QUrl& url)
+{
     load(url); // the task runs on by itself; nothing waits for it
 }
 
-QCoro::Task<void> PlaybackEngine::load(QUrl url) {
+QCoro::Task<void> PlaybackEngine::load(QUrl url)
+{
     QPointer<PlaybackEngine> self(this);
     const quint64 generation = ++m_loadGeneration;
     auto superseded = [&] { return !self || generation != m_loadGeneration; };
@@ -162,7 +172,8 @@ QCoro::Task<void> PlaybackEngine::load(QUrl url) {
     play();
 }
 
-void PlaybackEngine::loadImage(const QUrl& url) {
+void PlaybackEngine::loadImage(const QUrl& url)
+{
     QImageReader reader(url.toLocalFile());
     reader.setAutoTransform(true);
     const QImage image = reader.read();
@@ -176,7 +187,8 @@ void PlaybackEngine::loadImage(const QUrl& url) {
     setState(PlayerState::Kind::ViewingImage);
 }
 
-void PlaybackEngine::pushVolumeAndMute() {
+void PlaybackEngine::pushVolumeAndMute()
+{
     m_decoder->setVolume(m_volume);
     m_decoder->setIsMuted(m_isMuted);
     m_decoder->setMPVDouble(MPVName::volume, double(m_volume) * 100.0);
@@ -185,7 +197,8 @@ void PlaybackEngine::pushVolumeAndMute() {
 
 // MARK: play, pause, seek
 
-void PlaybackEngine::resumeDecoder() {
+void PlaybackEngine::resumeDecoder()
+{
     m_decoder->setMPVFlag(MPVName::pause, false);
     if (m_playbackRate != 1.0f) {
         m_decoder->setRate(m_playbackRate);
@@ -193,7 +206,8 @@ void PlaybackEngine::resumeDecoder() {
     }
 }
 
-void PlaybackEngine::play() {
+void PlaybackEngine::play()
+{
     const PlayerState::Kind kind = m_state.kind();
     if (kind != PlayerState::Kind::Paused && kind != PlayerState::Kind::Stopped)
         return;
@@ -211,7 +225,8 @@ void PlaybackEngine::play() {
     m_sleepPreventer.preventSleep();
 }
 
-void PlaybackEngine::pause() {
+void PlaybackEngine::pause()
+{
     if (m_state.kind() != PlayerState::Kind::Playing)
         return;
     m_decoder->setMPVFlag(MPVName::pause, true);
@@ -219,7 +234,8 @@ void PlaybackEngine::pause() {
     m_sleepPreventer.allowSleep();
 }
 
-QCoro::Task<void> PlaybackEngine::seek(double seconds) {
+QCoro::Task<void> PlaybackEngine::seek(double seconds)
+{
     if (!m_state.isActive())
         co_return;
     setIsAtEnd(false);
@@ -230,7 +246,8 @@ QCoro::Task<void> PlaybackEngine::seek(double seconds) {
     setNeedsFrameRefresh(true);
 }
 
-QCoro::Task<void> PlaybackEngine::seekRelative(double offset) {
+QCoro::Task<void> PlaybackEngine::seekRelative(double offset)
+{
     if (!m_state.isActive())
         co_return;
     setIsAtEnd(false);
@@ -239,7 +256,8 @@ QCoro::Task<void> PlaybackEngine::seekRelative(double offset) {
     m_osd->show(OSDMessage::seek(m_currentTime, m_duration), kMessageSeconds);
 }
 
-void PlaybackEngine::scrubBegan() {
+void PlaybackEngine::scrubBegan()
+{
     if (!m_state.isActive())
         return;
     m_wasPlayingBeforeScrub = m_state.kind() == PlayerState::Kind::Playing;
@@ -248,7 +266,8 @@ void PlaybackEngine::scrubBegan() {
         m_decoder->setMPVFlag(MPVName::pause, true);
 }
 
-void PlaybackEngine::scrub(double seconds) {
+void PlaybackEngine::scrub(double seconds)
+{
     if (!m_state.isActive())
         return;
     setCurrentTime(seconds);
@@ -256,7 +275,8 @@ void PlaybackEngine::scrub(double seconds) {
     setNeedsFrameRefresh(true);
 }
 
-void PlaybackEngine::scrubEnded(double seconds) {
+void PlaybackEngine::scrubEnded(double seconds)
+{
     [](QPointer<PlaybackEngine> self, double target) -> QCoro::Task<void> {
         if (!self)
             co_return;
@@ -269,7 +289,8 @@ void PlaybackEngine::scrubEnded(double seconds) {
     }(QPointer(this), seconds);
 }
 
-void PlaybackEngine::stepForward() {
+void PlaybackEngine::stepForward()
+{
     if (m_state.kind() == PlayerState::Kind::Playing)
         pause();
     if (m_state.kind() != PlayerState::Kind::Paused)
@@ -279,7 +300,8 @@ void PlaybackEngine::stepForward() {
     m_osd->show(OSDMessage::text(QStringLiteral("Frame \u2192")), kMessageSeconds);
 }
 
-void PlaybackEngine::stepBackward() {
+void PlaybackEngine::stepBackward()
+{
     if (m_state.kind() == PlayerState::Kind::Playing)
         pause();
     if (m_state.kind() != PlayerState::Kind::Paused)
@@ -291,7 +313,8 @@ void PlaybackEngine::stepBackward() {
 
 // MARK: volume, mute, speed
 
-void PlaybackEngine::setVolume(float volume) {
+void PlaybackEngine::setVolume(float volume)
+{
     if (!assignIfChanged(m_volume, volume))
         return;
     m_decoder->setVolume(volume);
@@ -301,13 +324,15 @@ void PlaybackEngine::setVolume(float volume) {
     Q_EMIT volumeChanged();
 }
 
-void PlaybackEngine::adjustVolume(float delta) {
+void PlaybackEngine::adjustVolume(float delta)
+{
     const float target = std::max(std::min(m_volume + delta, 1.0f), 0.0f);
     if (target != m_volume)
         setVolume(target);
 }
 
-void PlaybackEngine::setIsMuted(bool muted) {
+void PlaybackEngine::setIsMuted(bool muted)
+{
     if (!assignIfChanged(m_isMuted, muted))
         return;
     m_decoder->setIsMuted(muted);
@@ -317,7 +342,8 @@ void PlaybackEngine::setIsMuted(bool muted) {
     Q_EMIT isMutedChanged();
 }
 
-void PlaybackEngine::setPlaybackRate(float rate) {
+void PlaybackEngine::setPlaybackRate(float rate)
+{
     if (!assignIfChanged(m_playbackRate, rate))
         return;
     m_decoder->setRate(rate);
@@ -326,7 +352,8 @@ void PlaybackEngine::setPlaybackRate(float rate) {
     Q_EMIT playbackRateChanged();
 }
 
-void PlaybackEngine::cyclePlaybackRate() {
+void PlaybackEngine::cyclePlaybackRate()
+{
     const auto* found = std::find(kPlaybackRates.begin(), kPlaybackRates.end(), m_playbackRate);
     if (found == kPlaybackRates.end()) {
         setPlaybackRate(1.0f);
@@ -338,51 +365,60 @@ void PlaybackEngine::cyclePlaybackRate() {
 
 // MARK: observable setters
 
-void PlaybackEngine::setState(const PlayerState& state) {
+void PlaybackEngine::setState(const PlayerState& state)
+{
     if (assignIfChanged(m_state, state))
         Q_EMIT stateChanged();
 }
 
-void PlaybackEngine::setCurrentTime(double seconds) {
+void PlaybackEngine::setCurrentTime(double seconds)
+{
     if (assignIfChanged(m_currentTime, seconds)) {
         Q_EMIT currentTimeChanged();
         Q_EMIT progressChanged();
     }
 }
 
-void PlaybackEngine::setDuration(double seconds) {
+void PlaybackEngine::setDuration(double seconds)
+{
     if (assignIfChanged(m_duration, seconds)) {
         Q_EMIT durationChanged();
         Q_EMIT progressChanged();
     }
 }
 
-void PlaybackEngine::setMediaTitle(const QString& title) {
+void PlaybackEngine::setMediaTitle(const QString& title)
+{
     if (assignIfChanged(m_mediaTitle, title))
         Q_EMIT mediaTitleChanged();
 }
 
-void PlaybackEngine::setMediaInfo(const std::optional<MediaInfo>& info) {
+void PlaybackEngine::setMediaInfo(const std::optional<MediaInfo>& info)
+{
     if (assignIfChanged(m_mediaInfo, info))
         Q_EMIT mediaInfoChanged();
 }
 
-void PlaybackEngine::setCurrentURL(const QUrl& url) {
+void PlaybackEngine::setCurrentURL(const QUrl& url)
+{
     if (assignIfChanged(m_currentURL, url))
         Q_EMIT currentURLChanged();
 }
 
-void PlaybackEngine::setIsSeeking(bool seeking) {
+void PlaybackEngine::setIsSeeking(bool seeking)
+{
     if (assignIfChanged(m_isSeeking, seeking))
         Q_EMIT isSeekingChanged();
 }
 
-void PlaybackEngine::setNeedsFrameRefresh(bool refresh) {
+void PlaybackEngine::setNeedsFrameRefresh(bool refresh)
+{
     if (assignIfChanged(m_needsFrameRefresh, refresh))
         Q_EMIT needsFrameRefreshChanged();
 }
 
-void PlaybackEngine::setDisplayedImage(const QImage& image) {
+void PlaybackEngine::setDisplayedImage(const QImage& image)
+{
     // Image comparison is pixel by pixel; identity is what matters here.
     if (m_displayedImage.isNull() && image.isNull())
         return;
@@ -390,7 +426,8 @@ void PlaybackEngine::setDisplayedImage(const QImage& image) {
     Q_EMIT displayedImageChanged();
 }
 
-void PlaybackEngine::setIsAtEnd(bool atEnd) {
+void PlaybackEngine::setIsAtEnd(bool atEnd)
+{
     if (assignIfChanged(m_isAtEnd, atEnd)) {
         Q_EMIT isAtEndChanged();
         Q_EMIT progressChanged();

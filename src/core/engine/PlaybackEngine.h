@@ -27,7 +27,8 @@ Q_MOC_INCLUDE("features/hdr/HDRManager.h")
 /// GUI thread only. Asynchronous operations are coroutines that resume on the GUI thread and
 /// re-check that the engine still exists after every suspension. Operations that need loaded
 /// media do nothing, silently, in states where they do not apply.
-class PlaybackEngine : public QObject {
+class PlaybackEngine : public QObject
+{
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("The application owns the one engine")

@@ -13,11 +13,13 @@ constexpr int kCallTimeoutMs = 500;
 
 } // namespace
 
-SleepPreventer::~SleepPreventer() {
+SleepPreventer::~SleepPreventer()
+{
     allowSleep();
 }
 
-void SleepPreventer::preventSleep() {
+void SleepPreventer::preventSleep()
+{
     if (m_isActive)
         return;
     QDBusConnection bus = QDBusConnection::sessionBus();
@@ -33,7 +35,8 @@ void SleepPreventer::preventSleep() {
     m_isActive = true;
 }
 
-void SleepPreventer::allowSleep() {
+void SleepPreventer::allowSleep()
+{
     if (!m_isActive)
         return;
     QDBusMessage call =

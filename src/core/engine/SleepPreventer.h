@@ -6,7 +6,8 @@
 /// org.freedesktop.ScreenSaver service on the session bus. Without a bus or without that
 /// service it silently stays inactive, and the next `preventSleep` tries again.
 /// GUI thread only.
-class SleepPreventer {
+class SleepPreventer
+{
 public:
     SleepPreventer() = default;
     ~SleepPreventer();

@@ -9,7 +9,8 @@
 
 /// Technical summary of the open file. Every field but the file name may be unknown;
 /// QML sees an unknown field as undefined.
-struct MediaInfo {
+struct MediaInfo
+{
     Q_GADGET
     QML_VALUE_TYPE(mediaInfo)
     Q_PROPERTY(QString filename MEMBER filename CONSTANT)
@@ -48,7 +49,8 @@ public:
     friend bool operator==(const MediaInfo&, const MediaInfo&) = default;
 
 private:
-    template <typename T> static QVariant toVariant(const std::optional<T>& value) {
+    template <typename T> static QVariant toVariant(const std::optional<T>& value)
+    {
         return value ? QVariant::fromValue(*value) : QVariant();
     }
 

@@ -2,7 +2,8 @@
 
 #include <QStringList>
 
-std::optional<TrackType> trackTypeFromString(const QString& text) {
+std::optional<TrackType> trackTypeFromString(const QString& text)
+{
     if (text == QLatin1String("audio"))
         return TrackType::Audio;
     if (text == QLatin1String("sub"))
@@ -12,7 +13,8 @@ std::optional<TrackType> trackTypeFromString(const QString& text) {
     return std::nullopt;
 }
 
-QString trackTypeName(TrackType type) {
+QString trackTypeName(TrackType type)
+{
     switch (type) {
     case TrackType::Audio:
         return QStringLiteral("audio");
@@ -24,7 +26,8 @@ QString trackTypeName(TrackType type) {
     return {};
 }
 
-QString MediaTrack::displayLabel() const {
+QString MediaTrack::displayLabel() const
+{
     QStringList parts;
     if (title)
         parts << *title;

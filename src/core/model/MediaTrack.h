@@ -14,7 +14,8 @@ std::optional<TrackType> trackTypeFromString(const QString& text);
 QString trackTypeName(TrackType type);
 
 /// One audio, subtitle or video stream of the open file.
-struct MediaTrack {
+struct MediaTrack
+{
     Q_GADGET
     QML_VALUE_TYPE(mediaTrack)
     Q_PROPERTY(qint64 id MEMBER id CONSTANT)

@@ -14,7 +14,8 @@ Q_ENUM_NS(Kind)
 } // namespace PlayerStateKind
 
 /// Where playback stands. Only Error carries a value: the message shown to the user.
-class PlayerState {
+class PlayerState
+{
     Q_GADGET
     QML_VALUE_TYPE(playerState)
     Q_PROPERTY(PlayerStateKind::Kind kind READ kind CONSTANT)
@@ -26,7 +27,8 @@ public:
 
     PlayerState() = default;
     PlayerState(Kind kind)
-        : m_kind(kind) {} // NOLINT: a plain case converts implicitly
+        : m_kind(kind)
+    {} // NOLINT: a plain case converts implicitly
 
     static PlayerState error(const QString& message) { return PlayerState(Kind::Error, message); }
 
@@ -41,7 +43,8 @@ public:
 private:
     PlayerState(Kind kind, const QString& message)
         : m_kind(kind)
-        , m_message(message) {}
+        , m_message(message)
+    {}
 
     Kind m_kind = Kind::Idle;
     QString m_message;

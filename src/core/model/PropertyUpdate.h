@@ -7,7 +7,8 @@ namespace velmar {
 /// Observable properties are written, and notify, only when the value really changes: the
 /// 30 Hz position timer relies on this to stay silent while nothing moves.
 /// Returns whether the field changed.
-template <typename T, typename U> bool assignIfChanged(T& field, U&& value) {
+template <typename T, typename U> bool assignIfChanged(T& field, U&& value)
+{
     if (field == value)
         return false;
     field = std::forward<U>(value);

@@ -4,7 +4,8 @@
 
 namespace velmar {
 
-QString formatTime(double seconds) {
+QString formatTime(double seconds)
+{
     if (!std::isfinite(seconds))
         return QStringLiteral("00:00");
     // Clamp before converting so that huge values cannot overflow the integer.
@@ -18,16 +19,19 @@ QString formatTime(double seconds) {
     return QString::asprintf("%lld:%02lld:%02lld", hours, minutes, secs);
 }
 
-double toReferenceTimestamp(const QDateTime& dateTime) {
+double toReferenceTimestamp(const QDateTime& dateTime)
+{
     return double(dateTime.toMSecsSinceEpoch()) / 1000.0 - double(kReferenceDateUnixOffset);
 }
 
-QDateTime fromReferenceTimestamp(double seconds) {
+QDateTime fromReferenceTimestamp(double seconds)
+{
     const double unixMs = (seconds + double(kReferenceDateUnixOffset)) * 1000.0;
     return QDateTime::fromMSecsSinceEpoch(qint64(std::llround(unixMs)), Qt::UTC);
 }
 
-double referenceTimestampNow() {
+double referenceTimestampNow()
+{
     return toReferenceTimestamp(QDateTime::currentDateTimeUtc());
 }
 

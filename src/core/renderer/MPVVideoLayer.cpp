@@ -10,7 +10,8 @@
 
 namespace {
 
-void* resolveGLSymbol(void* /*context*/, const char* name) {
+void* resolveGLSymbol(void* /*context*/, const char* name)
+{
     QOpenGLContext* context = QOpenGLContext::currentContext();
     if (!name || !context)
         return nullptr;
@@ -20,17 +21,20 @@ void* resolveGLSymbol(void* /*context*/, const char* name) {
 } // namespace
 
 MPVVideoLayer::MPVVideoLayer(MPVDecoder* decoder)
-    : m_decoder(decoder) {
+    : m_decoder(decoder)
+{
     if (m_decoder)
         m_decoder->initRenderContext(&resolveGLSymbol);
 }
 
-MPVVideoLayer::~MPVVideoLayer() {
+MPVVideoLayer::~MPVVideoLayer()
+{
     if (m_decoder)
         m_decoder->freeRenderContext();
 }
 
-void MPVVideoLayer::render() {
+void MPVVideoLayer::render()
+{
     QOpenGLFunctions* gl = QOpenGLContext::currentContext()->functions();
     gl->glClearColor(0, 0, 0, 1);
     gl->glClear(GL_COLOR_BUFFER_BIT);

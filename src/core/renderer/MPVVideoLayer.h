@@ -7,7 +7,8 @@ class MPVDecoder;
 /// Renders libmpv's picture into the item's framebuffer object. Created, used and destroyed on
 /// the Qt Quick render thread with the window's GL context current; it creates libmpv's render
 /// context on first use and frees it when it goes away.
-class MPVVideoLayer : public QQuickFramebufferObject::Renderer {
+class MPVVideoLayer : public QQuickFramebufferObject::Renderer
+{
 public:
     explicit MPVVideoLayer(MPVDecoder* decoder);
     ~MPVVideoLayer() override;

@@ -5,12 +5,14 @@
 #include "MPVVideoLayer.h"
 
 MPVVideoView::MPVVideoView(QQuickItem* parent)
-    : QQuickFramebufferObject(parent) {
+    : QQuickFramebufferObject(parent)
+{
     // Clicks and gestures belong to the player view around the video.
     setAcceptedMouseButtons(Qt::NoButton);
 }
 
-void MPVVideoView::setEngine(PlaybackEngine* engine) {
+void MPVVideoView::setEngine(PlaybackEngine* engine)
+{
     if (m_engine == engine)
         return;
     if (m_engine) {
@@ -29,22 +31,26 @@ void MPVVideoView::setEngine(PlaybackEngine* engine) {
     update();
 }
 
-MPVDecoder* MPVVideoView::decoder() const {
+MPVDecoder* MPVVideoView::decoder() const
+{
     return m_engine ? m_engine->decoder() : nullptr;
 }
 
-QQuickFramebufferObject::Renderer* MPVVideoView::createRenderer() const {
+QQuickFramebufferObject::Renderer* MPVVideoView::createRenderer() const
+{
     return new MPVVideoLayer(decoder());
 }
 
-void MPVVideoView::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) {
+void MPVVideoView::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry)
+{
     QQuickFramebufferObject::geometryChange(newGeometry, oldGeometry);
     // A new size means a new framebuffer: redraw the current frame even while paused.
     if (newGeometry.size() != oldGeometry.size())
         update();
 }
 
-void MPVVideoView::refreshFrame() {
+void MPVVideoView::refreshFrame()
+{
     if (!m_engine || !m_engine->needsFrameRefresh())
         return;
     update();

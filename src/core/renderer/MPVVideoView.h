@@ -13,7 +13,8 @@ Q_MOC_INCLUDE("core/engine/PlaybackEngine.h")
 /// libmpv has a frame, when the engine needs a refreshed frame, and on resize.
 ///
 /// The engine (and with it the decoder) must outlive every window that shows this item.
-class MPVVideoView : public QQuickFramebufferObject {
+class MPVVideoView : public QQuickFramebufferObject
+{
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(PlaybackEngine* engine READ engine WRITE setEngine NOTIFY engineChanged)

@@ -4,7 +4,8 @@
 
 using velmar::assignIfChanged;
 
-void HDRManager::handlePropertyChange(const QString& name, const std::optional<QString>& value) {
+void HDRManager::handlePropertyChange(const QString& name, const std::optional<QString>& value)
+{
     if (name == QLatin1String("video-params/gamma")) {
         const QString transfer = value.value_or(QStringLiteral("bt.1886"));
         setTransferFunction(transfer);
@@ -16,29 +17,34 @@ void HDRManager::handlePropertyChange(const QString& name, const std::optional<Q
     }
 }
 
-void HDRManager::reset() {
+void HDRManager::reset()
+{
     setIsHDRContent(false);
     setTransferFunction(QStringLiteral("bt.1886"));
     setPrimaries(QStringLiteral("bt.709"));
     setMaxEDR(1.0);
 }
 
-void HDRManager::setIsHDRContent(bool value) {
+void HDRManager::setIsHDRContent(bool value)
+{
     if (assignIfChanged(m_isHDRContent, value))
         Q_EMIT isHDRContentChanged();
 }
 
-void HDRManager::setTransferFunction(const QString& value) {
+void HDRManager::setTransferFunction(const QString& value)
+{
     if (assignIfChanged(m_transferFunction, value))
         Q_EMIT transferFunctionChanged();
 }
 
-void HDRManager::setPrimaries(const QString& value) {
+void HDRManager::setPrimaries(const QString& value)
+{
     if (assignIfChanged(m_primaries, value))
         Q_EMIT primariesChanged();
 }
 
-void HDRManager::setMaxEDR(double value) {
+void HDRManager::setMaxEDR(double value)
+{
     if (assignIfChanged(m_maxEDR, value))
         Q_EMIT maxEDRChanged();
 }

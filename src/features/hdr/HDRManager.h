@@ -7,7 +7,8 @@
 /// Whether the current video is high-dynamic-range, from libmpv's colour parameters.
 /// Tone mapping itself is left to libmpv; this is an observable record for the views.
 /// GUI thread only.
-class HDRManager : public QObject {
+class HDRManager : public QObject
+{
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Owned by the playback engine")

@@ -10,7 +10,8 @@
 
 /// Holds the one message on screen. A new message replaces the shown one at once and restarts
 /// the display time, so a burst (a held volume key) shows only the newest. GUI thread only.
-class OSDManager : public QObject {
+class OSDManager : public QObject
+{
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Owned by the playback engine")

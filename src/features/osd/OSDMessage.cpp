@@ -4,46 +4,54 @@
 
 #include <cstdio>
 
-OSDMessage OSDMessage::volume(float level) {
+OSDMessage OSDMessage::volume(float level)
+{
     OSDMessage message(Kind::Volume);
     message.m_number = level;
     return message;
 }
 
-OSDMessage OSDMessage::seek(double current, double duration) {
+OSDMessage OSDMessage::seek(double current, double duration)
+{
     OSDMessage message(Kind::Seek);
     message.m_current = current;
     message.m_duration = duration;
     return message;
 }
 
-OSDMessage OSDMessage::playbackRate(float rate) {
+OSDMessage OSDMessage::playbackRate(float rate)
+{
     OSDMessage message(Kind::PlaybackRate);
     message.m_number = rate;
     return message;
 }
 
-OSDMessage OSDMessage::muted(bool isMuted) {
+OSDMessage OSDMessage::muted(bool isMuted)
+{
     OSDMessage message(Kind::Muted);
     message.m_number = isMuted ? 1.0f : 0.0f;
     return message;
 }
 
-OSDMessage OSDMessage::text(const QString& text) {
+OSDMessage OSDMessage::text(const QString& text)
+{
     OSDMessage message(Kind::Text);
     message.m_text = text;
     return message;
 }
 
-OSDMessage OSDMessage::paused() {
+OSDMessage OSDMessage::paused()
+{
     return OSDMessage(Kind::Paused);
 }
 
-OSDMessage OSDMessage::playing() {
+OSDMessage OSDMessage::playing()
+{
     return OSDMessage(Kind::Playing);
 }
 
-QString OSDMessage::icon() const {
+QString OSDMessage::icon() const
+{
     switch (m_kind) {
     case Kind::Volume:
         return m_number == 0 ? QStringLiteral("speaker.slash.fill")
@@ -65,7 +73,8 @@ QString OSDMessage::icon() const {
     return {};
 }
 
-QString OSDMessage::text() const {
+QString OSDMessage::text() const
+{
     switch (m_kind) {
     case Kind::Volume:
         // Truncated, not rounded: 0.999 reads 99%.

@@ -14,7 +14,8 @@ Q_ENUM_NS(Kind)
 } // namespace OSDMessageKind
 
 /// One short feedback message for the on-screen display. Equal when kind and payload match.
-class OSDMessage {
+class OSDMessage
+{
     Q_GADGET
     QML_VALUE_TYPE(osdMessage)
     Q_PROPERTY(OSDMessageKind::Kind kind READ kind CONSTANT)
@@ -51,7 +52,8 @@ public:
 
 private:
     explicit OSDMessage(Kind kind)
-        : m_kind(kind) {}
+        : m_kind(kind)
+    {}
 
     Kind m_kind = Kind::Text;
     float m_number = 0; // volume level, playback rate, or 1/0 for muted

@@ -4,27 +4,32 @@
 
 using velmar::assignIfChanged;
 
-void TrackManager::setCurrentAudioID(qint64 id) {
+void TrackManager::setCurrentAudioID(qint64 id)
+{
     if (assignIfChanged(m_currentAudioID, id))
         Q_EMIT currentAudioIDChanged();
 }
 
-void TrackManager::setCurrentSubtitleID(qint64 id) {
+void TrackManager::setCurrentSubtitleID(qint64 id)
+{
     if (assignIfChanged(m_currentSubtitleID, id))
         Q_EMIT currentSubtitleIDChanged();
 }
 
-void TrackManager::setAudioTracks(const QList<MediaTrack>& tracks) {
+void TrackManager::setAudioTracks(const QList<MediaTrack>& tracks)
+{
     if (assignIfChanged(m_audioTracks, tracks))
         Q_EMIT audioTracksChanged();
 }
 
-void TrackManager::setSubtitleTracks(const QList<MediaTrack>& tracks) {
+void TrackManager::setSubtitleTracks(const QList<MediaTrack>& tracks)
+{
     if (assignIfChanged(m_subtitleTracks, tracks))
         Q_EMIT subtitleTracksChanged();
 }
 
-void TrackManager::updateTracks(const QList<MediaTrack>& tracks) {
+void TrackManager::updateTracks(const QList<MediaTrack>& tracks)
+{
     QList<MediaTrack> audio;
     QList<MediaTrack> subtitles;
     for (const MediaTrack& track : tracks) {
@@ -37,7 +42,8 @@ void TrackManager::updateTracks(const QList<MediaTrack>& tracks) {
     setSubtitleTracks(subtitles);
 }
 
-void TrackManager::reset() {
+void TrackManager::reset()
+{
     setAudioTracks({});
     setSubtitleTracks({});
     setCurrentAudioID(0);

@@ -8,7 +8,8 @@
 
 /// The audio and subtitle tracks of the open file and which of them are selected (0 = none).
 /// GUI thread only; fed by the decoder's event reactions and by track selection commands.
-class TrackManager : public QObject {
+class TrackManager : public QObject
+{
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("Owned by the playback engine")

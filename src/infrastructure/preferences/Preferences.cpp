@@ -2,61 +2,75 @@
 
 Preferences::Preferences()
     : m_settings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("VelmarPlayer"),
-                 QStringLiteral("VelmarPlayer")) {}
+                 QStringLiteral("VelmarPlayer"))
+{}
 
-bool Preferences::contains(const QString& key) const {
+bool Preferences::contains(const QString& key) const
+{
     return m_settings.contains(key);
 }
 
-bool Preferences::boolValue(const QString& key) const {
+bool Preferences::boolValue(const QString& key) const
+{
     return m_settings.value(key, false).toBool();
 }
 
-double Preferences::doubleValue(const QString& key) const {
+double Preferences::doubleValue(const QString& key) const
+{
     bool ok = false;
     const double value = m_settings.value(key).toDouble(&ok);
     return ok ? value : 0.0;
 }
 
-QByteArray Preferences::dataValue(const QString& key) const {
+QByteArray Preferences::dataValue(const QString& key) const
+{
     return m_settings.value(key).toByteArray();
 }
 
-void Preferences::setBool(const QString& key, bool value) {
+void Preferences::setBool(const QString& key, bool value)
+{
     m_settings.setValue(key, value);
 }
 
-void Preferences::setDouble(const QString& key, double value) {
+void Preferences::setDouble(const QString& key, double value)
+{
     m_settings.setValue(key, value);
 }
 
-void Preferences::setFloat(const QString& key, float value) {
+void Preferences::setFloat(const QString& key, float value)
+{
     m_settings.setValue(key, value);
 }
 
-void Preferences::setData(const QString& key, const QByteArray& value) {
+void Preferences::setData(const QString& key, const QByteArray& value)
+{
     m_settings.setValue(key, value);
 }
 
-void Preferences::remove(const QString& key) {
+void Preferences::remove(const QString& key)
+{
     m_settings.remove(key);
 }
 
-std::optional<float> Preferences::storedVolume() const {
+std::optional<float> Preferences::storedVolume() const
+{
     if (!contains(PreferenceKeys::volume))
         return std::nullopt;
     return float(doubleValue(PreferenceKeys::volume));
 }
 
-bool Preferences::boolOr(const QString& key, bool fallback) const {
+bool Preferences::boolOr(const QString& key, bool fallback) const
+{
     return contains(key) ? boolValue(key) : fallback;
 }
 
-double Preferences::doubleOr(const QString& key, double fallback) const {
+double Preferences::doubleOr(const QString& key, double fallback) const
+{
     return contains(key) ? doubleValue(key) : fallback;
 }
 
-double Preferences::positiveOr(const QString& key, double fallback) const {
+double Preferences::positiveOr(const QString& key, double fallback) const
+{
     const double value = doubleValue(key);
     return value > 0.0 ? value : fallback;
 }

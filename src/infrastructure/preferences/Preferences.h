@@ -27,7 +27,8 @@ inline const QString keyBindings = QStringLiteral("VelmarPlayer.KeyBindings");
 /// The per-user key/value store (an INI file under $XDG_CONFIG_HOME/VelmarPlayer). No defaults
 /// are registered: every reader supplies its own fallback, and the typed readers below carry the
 /// fallbacks the player uses. This is the only code that touches QSettings. GUI thread only.
-class Preferences {
+class Preferences
+{
 public:
     Preferences();
 
@@ -50,7 +51,8 @@ public:
     double defaultVolume() const { return doubleOr(PreferenceKeys::defaultVolume, 1.0); }
     bool hardwareDecoding() const { return boolOr(PreferenceKeys::hardwareDecoding, true); }
     double controlBarOpacity() const { return doubleOr(PreferenceKeys::controlBarOpacity, 0.8); }
-    double controlsAutoHideDelay() const {
+    double controlsAutoHideDelay() const
+    {
         return doubleOr(PreferenceKeys::controlsAutoHideDelay, 3.0);
     }
     double osdDuration() const { return doubleOr(PreferenceKeys::osdDuration, 1.5); }
