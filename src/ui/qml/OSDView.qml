@@ -7,9 +7,16 @@ Rectangle {
     property var message
 
     readonly property bool shown: message !== undefined
+    // Keeps the last text while the capsule fades out after the message is gone.
     property string shownText: ""
 
-    onMessageChanged: if (message !== undefined) shownText = message.text
+    function remember() {
+        if (message !== undefined)
+            shownText = message.text
+    }
+
+    onMessageChanged: remember()
+    Component.onCompleted: remember()
 
     width: label.implicitWidth + 28
     height: label.implicitHeight + 16
