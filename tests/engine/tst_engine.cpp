@@ -4,6 +4,7 @@
 #include "core/engine/MPVProperties.h"
 #include "core/engine/PlaybackEngine.h"
 #include "features/osd/OSDManager.h"
+#include "features/playlist/PlaybackHistoryManager.h"
 #include "features/track/TrackManager.h"
 #include "infrastructure/preferences/Preferences.h"
 #include "support/TestSupport.h"
@@ -353,12 +354,61 @@ private Q_SLOTS:
 
         loadAndWait(*player.engine, fixtureUrl(QStringLiteral("audio-only.m4a")));
         QCOMPARE(player.engine->state().kind(), Kind::Playing);
-        QVERIFY(qAbs(player.engine->duration() - 5.0) < 0.2);
+        QVERIFY(qAbs(player.engine->duration() - 12.0) < 0.2);
         QTRY_COMPARE(tracks.audioTracks().size(), 1);
         QVERIFY(tracks.subtitleTracks().isEmpty());
         const auto audioInfo = player.engine->mediaInfo();
         QVERIFY(!audioInfo->width.has_value());
         QVERIFY(audioInfo->audioCodec.has_value());
+    }
+
+    // Runs last: it leaves a history record and settings for clip30 in the shared library.
+    void reopeningAFileResumesItAndRestoresItsSettings()
+    {
+        const QUrl a = fixtureUrl(QStringLiteral("clip30.mp4"));
+        const QUrl b = fixtureUrl(QStringLiteral("clip10.mp4"));
+        {
+            Player player;
+            QVERIFY(player.window->showAndWaitForRenderContext());
+            loadAndWait(*player.engine, a);
+            QCOMPARE(player.engine->history()->resumePosition(a), std::nullopt);
+            waitFor([&] { return player.engine->seek(12.0); });
+            player.engine->setRotation(450);
+            QCOMPARE(player.engine->videoRotation(), 90);
+            QCOMPARE(player.osdText(), QStringLiteral("Rotation: 90\u00b0"));
+            player.engine->setAudioDelay(7);
+            QCOMPARE(player.osdText(), QStringLiteral("Audio delay: +5.00s"));
+            player.engine->setAudioDelay(0.3);
+            QCOMPARE(player.osdText(), QStringLiteral("Audio delay: +0.30s"));
+
+            loadAndWait(*player.engine, b);
+            const auto recorded = player.engine->history()->resumePosition(a);
+            QVERIFY(recorded && qAbs(*recorded - 12.0) < 0.5);
+            // B has nothing stored: upright again; the audio delay carries over between files.
+            QCOMPARE(player.engine->videoRotation(), 0);
+            QTRY_COMPARE(MPVProperty::readInt64(player.mpv(), "video-rotate"),
+                         std::optional<qint64>(0));
+            QVERIFY(qAbs(mpvDouble(*player.engine, "audio-delay").value_or(-1) - 0.3) < 1e-6);
+            QSignalSpy messages(player.engine->osd(), &OSDManager::currentMessageChanged);
+            player.engine->setAudioDelay(0); // back to zero, silently
+            QCOMPARE(messages.count(), 0);
+            player.engine->setAudioDelay(0.3);
+        }
+        {
+            // A later session opens A again.
+            Player player;
+            QVERIFY(player.window->showAndWaitForRenderContext());
+            loadAndWait(*player.engine, a);
+            QCOMPARE(player.engine->state().kind(), Kind::Playing);
+            QVERIFY(qAbs(player.engine->currentTime() - 12.0) < 0.5);
+            QCOMPARE(player.osdText(), QStringLiteral("Resumed at 00:12"));
+            QCOMPARE(player.engine->videoRotation(), 90);
+            QTRY_COMPARE(MPVProperty::readInt64(player.mpv(), "video-rotate"),
+                         std::optional<qint64>(90));
+            QVERIFY(qAbs(mpvDouble(*player.engine, "audio-delay").value_or(-1) - 0.3) < 1e-6);
+            QTRY_VERIFY_WITH_TIMEOUT(
+                qAbs(mpvDouble(*player.engine, "time-pos").value_or(0) - 12.0) < 1.0, 3000);
+        }
     }
 };
 

@@ -47,8 +47,8 @@ ff -f lavfi -i "testsrc2=size=320x180:rate=25:duration=8" \
 # A still image.
 ff -f lavfi -i "color=c=0x2060c0:size=320x240:duration=1" -vf "$corners" -frames:v 1 still.png
 
-# Sound only.
-ff -f lavfi -i "sine=frequency=523:sample_rate=48000:duration=5" -c:a aac -b:a 64k audio-only.m4a
+# Sound only, 12 s.
+ff -f lavfi -i "sine=frequency=523:sample_rate=48000:duration=12" -c:a aac -b:a 64k audio-only.m4a
 
 # Tagged as HDR10: PQ transfer with BT.2020 primaries.
 ff -f lavfi -i "testsrc2=size=320x180:rate=25:duration=3" \

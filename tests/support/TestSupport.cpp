@@ -5,11 +5,14 @@
 #include "core/engine/PlaybackEngine.h"
 #include "core/renderer/MPVVideoView.h"
 
+#include <cstdio>
 #include <cstring>
 #include <dlfcn.h>
 #include <link.h>
 #include <QCoroTask>
 #include <QStandardPaths>
+#include <QTemporaryFile>
+#include <unistd.h>
 
 namespace velmar::test {
 
@@ -72,6 +75,25 @@ bool PlayerWindow::showAndWaitForRenderContext()
         return false;
     return QTest::qWaitFor([this] { return m_engine->decoder()->renderContext() != nullptr; },
                            10000);
+}
+
+QStringList printedLines(const std::function<void()>& operation)
+{
+    QTemporaryFile capture;
+    if (!capture.open())
+        qFatal("cannot create a file to capture standard output");
+    std::fflush(stdout);
+    const int savedStdout = dup(STDOUT_FILENO);
+    dup2(capture.handle(), STDOUT_FILENO);
+    operation();
+    std::fflush(stdout);
+    dup2(savedStdout, STDOUT_FILENO);
+    close(savedStdout);
+
+    QFile reader(capture.fileName());
+    if (!reader.open(QIODevice::ReadOnly))
+        return {};
+    return QString::fromUtf8(reader.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
 }
 
 void loadAndWait(PlaybackEngine& engine, const QUrl& url)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <QGuiApplication>
 #include <QQuickWindow>
@@ -50,6 +51,9 @@ private:
     QQuickWindow m_window;
     MPVVideoView* m_view;
 };
+
+/// Runs the operation and returns the lines it printed on standard output (its log lines).
+QStringList printedLines(const std::function<void()>& operation);
 
 /// Loads a file through the engine and waits for the load coroutine to finish.
 void loadAndWait(PlaybackEngine& engine, const QUrl& url);

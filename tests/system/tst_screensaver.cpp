@@ -95,7 +95,7 @@ private Q_SLOTS:
             QCOMPARE(standIn->held().size(), 1);
 
             // Reaching the end lets the display sleep again.
-            QCoro::waitFor(engine->seek(4.8));
+            QCoro::waitFor(engine->seek(11.8));
             QTRY_VERIFY_WITH_TIMEOUT(engine->isAtEnd(), 5000);
             QVERIFY(standIn->held().isEmpty());
 

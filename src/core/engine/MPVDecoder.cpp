@@ -231,6 +231,11 @@ void MPVDecoder::setMPVFlag(const char* name, bool value)
     MPVProperty::writeFlag(m_mpv, name, value);
 }
 
+void MPVDecoder::setMPVInt64(const char* name, qint64 value)
+{
+    MPVProperty::writeInt64(m_mpv, name, value);
+}
+
 int MPVDecoder::command(const QStringList& args)
 {
     if (!m_mpv)

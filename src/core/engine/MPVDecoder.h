@@ -55,6 +55,7 @@ public:
     void setMPVString(const char* name, const QString& value);
     void setMPVDouble(const char* name, double value);
     void setMPVFlag(const char* name, bool value);
+    void setMPVInt64(const char* name, qint64 value);
 
     /// Runs a command synchronously; returns libmpv's status (negative on failure).
     int command(const QStringList& args);

@@ -51,6 +51,13 @@ void writeFlag(mpv_handle* mpv, const char* name, bool value)
         mpv_set_property(mpv, name, MPV_FORMAT_FLAG, &flag);
 }
 
+void writeInt64(mpv_handle* mpv, const char* name, qint64 value)
+{
+    int64_t number = value;
+    if (mpv)
+        mpv_set_property(mpv, name, MPV_FORMAT_INT64, &number);
+}
+
 void writeString(mpv_handle* mpv, const char* name, const QString& value)
 {
     if (!mpv)

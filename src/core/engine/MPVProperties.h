@@ -31,5 +31,6 @@ std::optional<bool> readFlag(mpv_handle* mpv, const char* name);
 
 void writeDouble(mpv_handle* mpv, const char* name, double value);
 void writeFlag(mpv_handle* mpv, const char* name, bool value);
+void writeInt64(mpv_handle* mpv, const char* name, qint64 value);
 void writeString(mpv_handle* mpv, const char* name, const QString& value);
 } // namespace MPVProperty

@@ -2,9 +2,14 @@
 
 #include "core/model/PropertyUpdate.h"
 #include "core/model/TimeFormat.h"
+#include "core/model/WindowState.h"
+#include "features/bookmark/BookmarkManager.h"
 #include "features/hdr/HDRManager.h"
 #include "features/osd/OSDManager.h"
+#include "features/playlist/PlaybackHistoryManager.h"
 #include "features/track/TrackManager.h"
+#include "infrastructure/persistence/DatabaseManager.h"
+#include "infrastructure/persistence/PerFileSettingsStore.h"
 #include "MPVDecoder.h"
 #include "MPVProperties.h"
 
@@ -19,6 +24,9 @@ using velmar::assignIfChanged;
 namespace {
 
 constexpr double kMessageSeconds = 1.5;
+constexpr double kResumeThresholdSeconds = 5.0;
+constexpr double kMaxAudioDelaySeconds = 5.0;
+constexpr int kHistoryLimit = 50;
 constexpr std::array<float, 9> kPlaybackRates = {0.25f, 0.5f, 0.75f, 1.0f, 1.25f,
                                                  1.5f,  2.0f, 3.0f,  4.0f};
 
@@ -34,10 +42,17 @@ bool isImageFile(const QUrl& url)
 PlaybackEngine::PlaybackEngine(QObject* parent)
     : QObject(parent)
     , m_osd(new OSDManager(this))
+    , m_windowState(new WindowState(this))
     , m_hdr(new HDRManager(this))
     , m_tracks(new TrackManager(this))
     , m_decoder(new MPVDecoder(this))
 {
+    DatabaseManager& database = DatabaseManager::shared();
+    database.setup();
+    m_history = new PlaybackHistoryManager(database.db(), kHistoryLimit, this);
+    m_bookmarks = new BookmarkManager(database.db(), this);
+    m_perFileStore = std::make_unique<PerFileSettingsStore>(database.db());
+
     m_decoder->setHDRManager(m_hdr);
     m_decoder->setTrackManager(m_tracks);
 
@@ -126,6 +141,13 @@ QCoro::Task<void> PlaybackEngine::load(QUrl url)
     const quint64 generation = ++m_loadGeneration;
     auto superseded = [&] { return !self || generation != m_loadGeneration; };
 
+    // Close out the file being left before anything changes: its place and its settings.
+    if (!m_currentURL.isEmpty()) {
+        if (m_state.isActive())
+            m_history->recordPosition(m_currentURL, m_mediaTitle, m_currentTime, m_duration);
+        savePerFileSettings(m_currentURL);
+    }
+
     setState(PlayerState::Kind::Loading);
     setCurrentURL(url);
     setMediaTitle(QFileInfo(url.path()).completeBaseName());
@@ -156,8 +178,19 @@ QCoro::Task<void> PlaybackEngine::load(QUrl url)
     pushVolumeAndMute();
     setDuration(m_decoder->duration());
 
+    const std::optional<double> resumeAt = m_history->resumePosition(url);
+    if (resumeAt && *resumeAt > kResumeThresholdSeconds) {
+        setState(PlayerState::Kind::Paused);
+        co_await seek(*resumeAt);
+        if (superseded())
+            co_return;
+        m_osd->show(OSDMessage::text(QStringLiteral("Resumed at ") + velmar::formatTime(*resumeAt)),
+                    kMessageSeconds);
+    }
+
     if (m_decoder->audioDelay() != 0)
         m_decoder->setMPVDouble(MPVName::audioDelay, m_decoder->audioDelay());
+    restorePerFileSettings(url);
 
     if (auto info = m_decoder->getMediaInfo()) {
         const QFileInfo file(url.toLocalFile());
@@ -361,6 +394,59 @@ void PlaybackEngine::cyclePlaybackRate()
     }
     const auto* next = std::next(found);
     setPlaybackRate(next == kPlaybackRates.end() ? kPlaybackRates.front() : *next);
+}
+
+// MARK: rotation, audio delay and per-file settings
+
+void PlaybackEngine::applyRotation(int degrees)
+{
+    const int rotation = degrees % 360; // keeps the sign: -90 stays -90
+    if (assignIfChanged(m_videoRotation, rotation))
+        Q_EMIT videoRotationChanged();
+    m_decoder->setMPVInt64("video-rotate", rotation);
+    setNeedsFrameRefresh(true);
+}
+
+void PlaybackEngine::setRotation(int degrees)
+{
+    applyRotation(degrees);
+    m_osd->show(OSDMessage::text(QStringLiteral("Rotation: %1\u00b0").arg(m_videoRotation)),
+                kMessageSeconds);
+}
+
+void PlaybackEngine::setAudioDelay(double seconds)
+{
+    const double delay = std::clamp(seconds, -kMaxAudioDelaySeconds, kMaxAudioDelaySeconds);
+    m_decoder->setAudioDelay(delay);
+    m_decoder->setMPVDouble(MPVName::audioDelay, delay);
+    // Returning to zero is deliberately silent.
+    if (delay != 0) {
+        const QString text = QString::asprintf("Audio delay: %s%.2fs", delay > 0 ? "+" : "", delay);
+        m_osd->show(OSDMessage::text(text), kMessageSeconds);
+    }
+}
+
+void PlaybackEngine::savePerFileSettings(const QUrl& url)
+{
+    m_perFileStore->save(
+        PerFileSettings{m_videoRotation, m_fileFilterStates, m_decoder->audioDelay()}, url);
+}
+
+void PlaybackEngine::restorePerFileSettings(const QUrl& url)
+{
+    // Applied quietly: a file opening should announce its resume point, not its settings.
+    const std::optional<PerFileSettings> stored = m_perFileStore->settings(url.path());
+    if (!stored) {
+        applyRotation(0);
+        m_fileFilterStates.clear();
+        return;
+    }
+    applyRotation(stored->rotation);
+    if (stored->audioDelay != 0) {
+        m_decoder->setAudioDelay(stored->audioDelay);
+        m_decoder->setMPVDouble(MPVName::audioDelay, stored->audioDelay);
+    }
+    m_fileFilterStates = stored->filters;
 }
 
 // MARK: observable setters

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "core/model/MediaInfo.h"
+#include "core/model/PerFileSettings.h"
 #include "core/model/PlayerState.h"
 #include "infrastructure/preferences/Preferences.h"
 #include "SleepPreventer.h"
 
+#include <memory>
 #include <optional>
 #include <QCoroTask>
 #include <QImage>
@@ -17,9 +19,14 @@ class MPVDecoder;
 class OSDManager;
 class TrackManager;
 class HDRManager;
+class WindowState;
+class PlaybackHistoryManager;
+class BookmarkManager;
+class PerFileSettingsStore;
 Q_MOC_INCLUDE("features/osd/OSDManager.h")
 Q_MOC_INCLUDE("features/track/TrackManager.h")
 Q_MOC_INCLUDE("features/hdr/HDRManager.h")
+Q_MOC_INCLUDE("core/model/WindowState.h")
 
 /// The player's single controller: owns the decoder and the managers, publishes the observable
 /// playback state the UI binds to and implements every user-level operation.
@@ -51,6 +58,7 @@ class PlaybackEngine : public QObject
     Q_PROPERTY(OSDManager* osd READ osd CONSTANT)
     Q_PROPERTY(TrackManager* tracks READ tracks CONSTANT)
     Q_PROPERTY(HDRManager* hdr READ hdr CONSTANT)
+    Q_PROPERTY(WindowState* windowState READ windowState CONSTANT)
 
 public:
     explicit PlaybackEngine(QObject* parent = nullptr);
@@ -79,6 +87,10 @@ public:
     OSDManager* osd() const { return m_osd; }
     TrackManager* tracks() const { return m_tracks; }
     HDRManager* hdr() const { return m_hdr; }
+    WindowState* windowState() const { return m_windowState; }
+    PlaybackHistoryManager* history() const { return m_history; }
+    BookmarkManager* bookmarks() const { return m_bookmarks; }
+    PerFileSettingsStore* perFileStore() const { return m_perFileStore.get(); }
     const SleepPreventer& sleepPreventer() const { return m_sleepPreventer; }
 
     /// Opens a media or image file. A file libmpv cannot play ends in the error state.
@@ -103,6 +115,11 @@ public:
     void setIsMuted(bool muted);
     void setPlaybackRate(float rate);
     Q_INVOKABLE void cyclePlaybackRate();
+
+    /// Rotates the picture (degrees; the remainder of 360 keeps its sign) and announces it.
+    Q_INVOKABLE void setRotation(int degrees);
+    /// Shifts the sound against the picture, clamped to ±5 s; announces any non-zero delay.
+    Q_INVOKABLE void setAudioDelay(double seconds);
 
     /// The render surface calls this once it has drawn the refreshed frame.
     void acknowledgeFrameRefresh() { setNeedsFrameRefresh(false); }
@@ -132,6 +149,9 @@ private:
     void loadImage(const QUrl& url);
     void pushVolumeAndMute();
     void resumeDecoder();
+    void applyRotation(int degrees);
+    void savePerFileSettings(const QUrl& url);
+    void restorePerFileSettings(const QUrl& url);
 
     void setState(const PlayerState& state);
     void setCurrentTime(double seconds);
@@ -161,10 +181,16 @@ private:
 
     Preferences m_preferences;
     OSDManager* m_osd;
+    WindowState* m_windowState;
     HDRManager* m_hdr;
     TrackManager* m_tracks;
     SleepPreventer m_sleepPreventer;
     MPVDecoder* m_decoder;
+    PlaybackHistoryManager* m_history;
+    BookmarkManager* m_bookmarks;
+    std::unique_ptr<PerFileSettingsStore> m_perFileStore;
+    // The current file's stored filter states, written back unchanged when the file is left.
+    QList<FilterState> m_fileFilterStates;
     QTimer m_positionTimer;
     bool m_wasPlayingBeforeScrub = false;
     // Each load takes a ticket; a load that finds a newer ticket after resuming was superseded

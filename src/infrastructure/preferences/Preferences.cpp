@@ -27,6 +27,16 @@ QByteArray Preferences::dataValue(const QString& key) const
     return m_settings.value(key).toByteArray();
 }
 
+QVariant Preferences::value(const QString& key) const
+{
+    return m_settings.value(key);
+}
+
+void Preferences::setValue(const QString& key, const QVariant& value)
+{
+    m_settings.setValue(key, value);
+}
+
 void Preferences::setBool(const QString& key, bool value)
 {
     m_settings.setValue(key, value);

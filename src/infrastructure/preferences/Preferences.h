@@ -37,11 +37,14 @@ public:
     bool boolValue(const QString& key) const;
     double doubleValue(const QString& key) const;
     QByteArray dataValue(const QString& key) const;
+    /// A structured value (such as a dictionary), exactly as stored.
+    QVariant value(const QString& key) const;
 
     void setBool(const QString& key, bool value);
     void setDouble(const QString& key, double value);
     void setFloat(const QString& key, float value);
     void setData(const QString& key, const QByteArray& value);
+    void setValue(const QString& key, const QVariant& value);
     void remove(const QString& key);
 
     // Settings-window preferences with their fallbacks.

@@ -1,0 +1,369 @@
+// The library database: exact schema, the one-time migration of legacy preference records
+// (marker, idempotence, rollback), the 90-day retention, unusable files, the file as other
+// tools see it, and crash safety when the writing process is killed.
+#include "core/engine/PlaybackEngine.h"
+#include "core/model/TimeFormat.h"
+#include "infrastructure/persistence/DatabaseManager.h"
+#include "infrastructure/persistence/LibraryIdentity.h"
+#include "infrastructure/preferences/Preferences.h"
+#include "support/TestSupport.h"
+
+#include <csignal>
+#include <QCoroTask>
+#include <QProcess>
+#include <QRandomGenerator>
+
+using namespace velmar::test;
+
+namespace {
+
+const QString kHistoryKey = QStringLiteral("VelmarPlayer.PlaybackHistory");
+const QString kBookmarksKey = QStringLiteral("VelmarPlayer.Bookmarks");
+const QString kPerFileKey = QStringLiteral("VelmarPlayer.PerFileSettings");
+
+const QStringList kSchema = {
+    QStringLiteral("    CREATE TABLE IF NOT EXISTS schema_info (\n        key TEXT PRIMARY KEY,\n"
+                   "        value TEXT NOT NULL\n    )"),
+    QStringLiteral(
+        "    CREATE TABLE IF NOT EXISTS playback_history (\n        id TEXT PRIMARY KEY,\n"
+        "        video_url TEXT NOT NULL UNIQUE,\n        title TEXT NOT NULL,\n"
+        "        last_position REAL,\n        duration REAL,\n"
+        "        last_played_at REAL NOT NULL\n    )"),
+    QStringLiteral("    CREATE TABLE IF NOT EXISTS bookmarks (\n        id TEXT PRIMARY KEY,\n"
+                   "        video_url TEXT NOT NULL,\n        time REAL NOT NULL,\n"
+                   "        name TEXT NOT NULL,\n        created_at REAL NOT NULL,\n"
+                   "        thumbnail_data BLOB\n    )"),
+    QStringLiteral("    CREATE INDEX IF NOT EXISTS idx_bookmarks_url ON bookmarks(video_url)"),
+    QStringLiteral("    CREATE TABLE IF NOT EXISTS per_file_settings (\n"
+                   "        file_path TEXT PRIMARY KEY,\n        settings_json TEXT NOT NULL,\n"
+                   "        updated_at REAL NOT NULL\n    )"),
+};
+
+qint64 count(SQLiteDatabase& db, const QString& table)
+{
+    return db.query(QStringLiteral("SELECT count(*) AS n FROM ") + table)[0][QStringLiteral("n")]
+        .toInteger();
+}
+
+// Played ten days ago, well inside the retention window.
+const double kRecentlyPlayed = velmar::referenceTimestampNow() - 10 * 86400;
+
+QByteArray legacyHistory()
+{
+    return QString::fromLatin1("[\n"
+                               "        {\"id\": \"0C0FFEE0-0000-4000-8000-000000000001\", "
+                               "\"videoURL\": \"file:///media/a.mp4\",\n"
+                               "         \"title\": \"a\", \"lastPosition\": 42.5, \"duration\": "
+                               "100, \"lastPlayedAt\": %1},\n"
+                               "        {\"id\": \"0C0FFEE0-0000-4000-8000-000000000002\", "
+                               "\"videoURL\": \"file:///media/b%20c.mkv\",\n"
+                               "         \"title\": \"b c\", \"lastPosition\": 7, \"duration\": "
+                               "60, \"lastPlayedAt\": %2}]")
+        .arg(kRecentlyPlayed, 0, 'f', 3)
+        .arg(kRecentlyPlayed + 100, 0, 'f', 3)
+        .toUtf8();
+}
+
+QByteArray legacyBookmarks()
+{
+    return QByteArrayLiteral(
+        "[\n"
+        "        {\"id\": \"B00C0000-0000-4000-8000-000000000001\", \"videoURL\": "
+        "\"file:///media/a.mp4\",\n"
+        "         \"time\": 12.25, \"name\": \"Opening\", \"createdAt\": 785000000, "
+        "\"thumbnailData\": \"/9j/4AA=\"},\n"
+        "        {\"id\": \"B00C0000-0000-4000-8000-000000000002\", \"videoURL\": "
+        "\"file:///media/a.mp4\",\n"
+        "         \"time\": 80, \"name\": \"Credits\", \"createdAt\": 785000001}]");
+}
+
+QByteArray legacyPerFile()
+{
+    return QByteArrayLiteral("{\"/media/a.mp4\": {\"rotation\": 90, \"audioDelay\": 0.25,\n"
+                             "        \"filters\": [{\"id\": \"brightness\", \"isEnabled\": true, "
+                             "\"parameters\": {\"value\": 0.1}}]}}");
+}
+
+void storeLegacy(const QByteArray& history, const QByteArray& bookmarks, const QByteArray& perFile)
+{
+    Preferences preferences;
+    preferences.setData(kHistoryKey, history);
+    preferences.setData(kBookmarksKey, bookmarks);
+    preferences.setData(kPerFileKey, perFile);
+}
+
+bool anyLegacyKey()
+{
+    Preferences preferences;
+    return preferences.contains(kHistoryKey) || preferences.contains(kBookmarksKey) ||
+           preferences.contains(kPerFileKey);
+}
+
+} // namespace
+
+class DatabaseTest : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+    int m_serial = 0;
+
+    QString freshPath()
+    {
+        return m_dir.filePath(QStringLiteral("lib%1/velmarplayer.db").arg(++m_serial));
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        Preferences preferences;
+        for (const QString& key : {kHistoryKey, kBookmarksKey, kPerFileKey})
+            preferences.remove(key);
+    }
+
+    void schemaIsExactlyAsWritten()
+    {
+        DatabaseManager manager(freshPath());
+        manager.setup();
+        // SQLite keeps each statement's text, minus leading blanks and "IF NOT EXISTS".
+        const auto rows = manager.db().query(QStringLiteral(
+            "SELECT name, sql FROM sqlite_master WHERE sql IS NOT NULL ORDER BY rowid"));
+        QStringList stored;
+        for (const SQLiteRow& row : rows)
+            stored << row[QStringLiteral("sql")].toText();
+        QStringList expected;
+        for (const QString& statement : kSchema)
+            expected << statement.trimmed().remove(QStringLiteral("IF NOT EXISTS "));
+        QCOMPARE(stored, expected);
+    }
+
+    void firstStartMarksAndMigratesOnce()
+    {
+        storeLegacy(legacyHistory(), legacyBookmarks(), legacyPerFile());
+        DatabaseManager manager(freshPath());
+        QCOMPARE(printedLines([&] { manager.setup(); }),
+                 QStringList{QStringLiteral("[DatabaseManager] UserDefaults migration completed")});
+        SQLiteDatabase& db = manager.db();
+        QCOMPARE(count(db, QStringLiteral("playback_history")), 2);
+        QCOMPARE(count(db, QStringLiteral("bookmarks")), 2);
+        QCOMPARE(count(db, QStringLiteral("per_file_settings")), 1);
+        QVERIFY(!anyLegacyKey());
+
+        const auto history = db.query(QStringLiteral(
+            "SELECT * FROM playback_history WHERE id = '0C0FFEE0-0000-4000-8000-000000000002'"));
+        QCOMPARE(history[0][QStringLiteral("video_url")],
+                 SQLiteValue::text(QStringLiteral("file:///media/b%20c.mkv")));
+        QVERIFY(qAbs(history[0][QStringLiteral("last_played_at")].toReal() -
+                     (kRecentlyPlayed + 100)) < 0.01);
+        const auto bookmarks =
+            db.query(QStringLiteral("SELECT thumbnail_data FROM bookmarks ORDER BY time"));
+        QCOMPARE(bookmarks[0][QStringLiteral("thumbnail_data")],
+                 SQLiteValue::blob(QByteArray::fromBase64("/9j/4AA=")));
+        QVERIFY(bookmarks[1][QStringLiteral("thumbnail_data")].isNull());
+        const auto settings =
+            db.query(QStringLiteral("SELECT settings_json FROM per_file_settings"));
+        const auto decoded = PerFileSettings::fromJson(
+            settings[0][QStringLiteral("settings_json")].toText().toUtf8());
+        QVERIFY(decoded.has_value());
+        QCOMPARE(decoded->rotation, 90);
+        QCOMPARE(decoded->filters[0].parameters[QStringLiteral("value")], 0.1f);
+
+        // The marker makes the next start skip the migration, even with legacy data back.
+        QCOMPARE(
+            db.query(QStringLiteral("SELECT value FROM schema_info WHERE key = "
+                                    "'migrated_from_userdefaults'"))[0][QStringLiteral("value")],
+            SQLiteValue::text(QStringLiteral("1")));
+        storeLegacy(legacyHistory(), "[]", "{}");
+        QVERIFY(printedLines([&] { manager.setup(); }).isEmpty());
+        QVERIFY(anyLegacyKey());
+    }
+
+    void aCorruptRecordRollsEverythingBack()
+    {
+        storeLegacy(legacyHistory(), "[{\"id\": \"not a bookmark\"}]", legacyPerFile());
+        DatabaseManager manager(freshPath());
+        const QStringList lines = printedLines([&] { manager.setup(); });
+        QCOMPARE(lines.size(), 1);
+        QVERIFY2(lines[0].startsWith(QStringLiteral(
+                     "[DatabaseManager] Migration failed (will retry next launch): ")),
+                 qPrintable(lines[0]));
+        // The history rows of the same run are gone with the rollback; nothing is lost.
+        QCOMPARE(count(manager.db(), QStringLiteral("playback_history")), 0);
+        QCOMPARE(count(manager.db(), QStringLiteral("schema_info")), 0);
+        QVERIFY(Preferences().contains(kHistoryKey));
+        QVERIFY(Preferences().contains(kBookmarksKey));
+        QVERIFY(Preferences().contains(kPerFileKey));
+
+        // Repaired data migrates at the next start; a row already present is skipped quietly.
+        manager.db().execute(QStringLiteral("INSERT INTO playback_history VALUES "
+                                            "('EXISTING', 'file:///media/a.mp4', 'kept', 1, 2, ?)"),
+                             {SQLiteValue::real(kRecentlyPlayed)});
+        Preferences().setData(kBookmarksKey, legacyBookmarks());
+        QCOMPARE(printedLines([&] { manager.setup(); }),
+                 QStringList{QStringLiteral("[DatabaseManager] UserDefaults migration completed")});
+        const auto rows =
+            manager.db().query(QStringLiteral("SELECT id, title FROM playback_history "
+                                              "ORDER BY title"));
+        QCOMPARE(rows.size(), 2);
+        QCOMPARE(rows[1][QStringLiteral("title")], SQLiteValue::text(QStringLiteral("kept")));
+        QVERIFY(!anyLegacyKey());
+    }
+
+    void retentionDropsStaleHistoryAndSettingsOnly()
+    {
+        DatabaseManager manager(freshPath());
+        manager.setup();
+        SQLiteDatabase& db = manager.db();
+        const double now = velmar::referenceTimestampNow();
+        const double day = 86400;
+        auto history = [&](const QString& id, double age) {
+            db.execute(QStringLiteral("INSERT INTO playback_history VALUES (?, ?, 't', 1, 2, ?)"),
+                       {SQLiteValue::text(id), SQLiteValue::text(QStringLiteral("file:///") + id),
+                        SQLiteValue::real(now - age)});
+        };
+        history(QStringLiteral("fresh"), 89 * day);
+        history(QStringLiteral("stale"), 91 * day);
+        db.execute(QStringLiteral("INSERT INTO per_file_settings VALUES ('/old', '{}', ?)"),
+                   {SQLiteValue::real(now - 91 * day)});
+        db.execute(
+            QStringLiteral("INSERT INTO bookmarks VALUES ('b', 'file:///x', 1, 'n', ?, NULL)"),
+            {SQLiteValue::real(now - 4000 * day)});
+
+        QCOMPARE(printedLines([&] { manager.setup(); }),
+                 QStringList{QStringLiteral(
+                     "[DatabaseManager] TTL cleanup: 1 history, 1 settings removed")});
+        const auto left = db.query(QStringLiteral("SELECT id FROM playback_history"));
+        QCOMPARE(left.size(), 1);
+        QCOMPARE(left[0][QStringLiteral("id")], SQLiteValue::text(QStringLiteral("fresh")));
+        QCOMPARE(count(db, QStringLiteral("per_file_settings")), 0);
+        QCOMPARE(count(db, QStringLiteral("bookmarks")), 1);
+    }
+
+    void unusableFilesAreLeftAloneAndReported()
+    {
+        // Garbage where the database should be: reported, and not touched.
+        const QString garbagePath = freshPath();
+        QDir().mkpath(QFileInfo(garbagePath).absolutePath());
+        QByteArray garbage(8192, '\0');
+        for (char& byte : garbage)
+            byte = char(QRandomGenerator::global()->bounded(256));
+        garbage.replace(0, 16, "not SQLite here!");
+        QFile file(garbagePath);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(garbage);
+        file.close();
+        DatabaseManager garbageManager(garbagePath);
+        QCOMPARE(printedLines([&] { garbageManager.setup(); }),
+                 QStringList{QStringLiteral(
+                     "[DatabaseManager] setup failed: SQLite prepare: file is not a database")});
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), garbage);
+
+        // A folder that cannot be created.
+        const QString blocked = m_dir.filePath(QStringLiteral("plain-file"));
+        QFile(blocked).open(QIODevice::WriteOnly);
+        DatabaseManager manager(blocked + QStringLiteral("/VelmarPlayer/velmarplayer.db"));
+        const QStringList lines = printedLines([&] { manager.setup(); });
+        QCOMPARE(lines.size(), 1);
+        QVERIFY2(lines[0].startsWith(QStringLiteral("[DatabaseManager] setup failed: ")),
+                 qPrintable(lines[0]));
+    }
+
+    void thePlayerRunsOnWithABrokenLibrary()
+    {
+        const QString path = DatabaseManager::defaultDatabasePath();
+        QDir().mkpath(QFileInfo(path).absolutePath());
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(QByteArray(4096, 'x'));
+        file.close();
+
+        std::unique_ptr<PlaybackEngine> engine;
+        const QStringList lines = printedLines([&] { engine = makeSilentEngine(); });
+        loadAndWait(*engine, fixtureUrl(QStringLiteral("audio-only.m4a")));
+        QCOMPARE(engine->state().kind(), PlayerState::Kind::Playing);
+        QCoro::waitFor(engine->seek(6.0));
+        // Leaving the file records its place: the write fails quietly, the session remembers.
+        loadAndWait(*engine, fixtureUrl(QStringLiteral("still.png")));
+        loadAndWait(*engine, fixtureUrl(QStringLiteral("audio-only.m4a")));
+        QCOMPARE(engine->state().kind(), PlayerState::Kind::Playing);
+        QVERIFY(qAbs(engine->currentTime() - 6.0) < 0.5);
+        engine.reset();
+        QVERIFY(lines.contains(QStringLiteral(
+            "[DatabaseManager] setup failed: SQLite prepare: file is not a database")));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), QByteArray(4096, 'x'));
+        QFile::remove(path);
+    }
+
+    void otherToolsSeeTheSameLibrary()
+    {
+        const QString path = freshPath();
+        {
+            DatabaseManager manager(path);
+            manager.setup();
+        }
+        auto sqlite3 = [&](const QString& command) {
+            QProcess process;
+            process.start(QStringLiteral("sqlite3"), {path, command});
+            process.waitForFinished(10000);
+            return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
+        };
+        QStringList tables =
+            sqlite3(QStringLiteral(".tables")).split(QRegularExpression(QStringLiteral("\\s+")));
+        tables.sort();
+        QCOMPARE(tables,
+                 (QStringList{QStringLiteral("bookmarks"), QStringLiteral("per_file_settings"),
+                              QStringLiteral("playback_history"), QStringLiteral("schema_info")}));
+        QCOMPARE(sqlite3(QStringLiteral(".indexes bookmarks"))
+                     .split(QRegularExpression(QStringLiteral("\\s+"))),
+                 (QStringList{QStringLiteral("idx_bookmarks_url"),
+                              QStringLiteral("sqlite_autoindex_bookmarks_1")}));
+        QCOMPARE(sqlite3(QStringLiteral("PRAGMA journal_mode;")), QStringLiteral("wal"));
+        QCOMPARE(sqlite3(QStringLiteral("SELECT key || '=' || value FROM schema_info;")),
+                 QStringLiteral("migrated_from_userdefaults=1"));
+    }
+
+    void killedWritersNeverCorruptTheLibrary()
+    {
+        const QString path = freshPath();
+        const QString writer =
+            QCoreApplication::applicationDirPath() + QStringLiteral("/library_writer");
+        QSet<QString> committedUrls;
+        QSet<QString> committedBookmarks;
+        for (int run = 0; run < 20; ++run) {
+            QProcess process;
+            process.start(writer, {path, QString::number(run)});
+            QVERIFY(process.waitForStarted());
+            QTest::qWait(80 + QRandomGenerator::global()->bounded(250));
+            ::kill(pid_t(process.processId()), SIGKILL);
+            QVERIFY(process.waitForFinished(5000));
+            for (const QByteArray& line : process.readAllStandardOutput().split('\n')) {
+                // A line cut short by the kill was never a complete report.
+                if (line.startsWith("H ") && line.endsWith(".mp4"))
+                    committedUrls << QString::fromUtf8(line.mid(2));
+                else if (line.startsWith("B ") && line.size() == 2 + 36)
+                    committedBookmarks << QString::fromUtf8(line.mid(2));
+            }
+        }
+        QVERIFY(committedUrls.size() > 20);
+
+        SQLiteDatabase db;
+        db.open(path);
+        QCOMPARE(db.query(QStringLiteral(
+                     "PRAGMA integrity_check"))[0][QStringLiteral("integrity_check")],
+                 SQLiteValue::text(QStringLiteral("ok")));
+        QSet<QString> storedUrls;
+        for (const SQLiteRow& row :
+             db.query(QStringLiteral("SELECT video_url FROM playback_history")))
+            storedUrls << row[QStringLiteral("video_url")].toText();
+        QSet<QString> storedBookmarks;
+        for (const SQLiteRow& row : db.query(QStringLiteral("SELECT id FROM bookmarks")))
+            storedBookmarks << row[QStringLiteral("id")].toText();
+        QVERIFY(storedUrls.contains(committedUrls));
+        QVERIFY(storedBookmarks.contains(committedBookmarks));
+    }
+};
+
+VELMAR_TEST_MAIN(DatabaseTest)
+#include "tst_database.moc"
