@@ -7,6 +7,7 @@
 #include "features/hdr/HDRManager.h"
 #include "features/osd/OSDManager.h"
 #include "features/playlist/PlaybackHistoryManager.h"
+#include "features/playlist/PlaylistManager.h"
 #include "features/track/TrackManager.h"
 #include "infrastructure/persistence/DatabaseManager.h"
 #include "infrastructure/persistence/PerFileSettingsStore.h"
@@ -43,6 +44,7 @@ PlaybackEngine::PlaybackEngine(QObject* parent)
     : QObject(parent)
     , m_osd(new OSDManager(this))
     , m_windowState(new WindowState(this))
+    , m_playlist(new PlaylistManager(this))
     , m_hdr(new HDRManager(this))
     , m_tracks(new TrackManager(this))
     , m_decoder(new MPVDecoder(this))
@@ -111,6 +113,10 @@ void PlaybackEngine::onPositionTick()
 
 void PlaybackEngine::handlePlaybackDidEnd()
 {
+    if (m_playlist->hasNext()) {
+        playNext();
+        return;
+    }
     setIsAtEnd(true);
     setState(PlayerState::Kind::Paused);
     m_sleepPreventer.allowSleep();
@@ -177,6 +183,7 @@ QCoro::Task<void> PlaybackEngine::load(QUrl url)
 
     pushVolumeAndMute();
     setDuration(m_decoder->duration());
+    m_playlist->updateCurrentDuration(m_duration);
 
     const std::optional<double> resumeAt = m_history->resumePosition(url);
     if (resumeAt && *resumeAt > kResumeThresholdSeconds) {
@@ -203,6 +210,18 @@ QCoro::Task<void> PlaybackEngine::load(QUrl url)
 
     setState(PlayerState::Kind::Paused);
     play();
+}
+
+QCoro::Task<void> PlaybackEngine::playNext()
+{
+    if (const std::optional<QUrl> url = m_playlist->next())
+        co_await load(*url);
+}
+
+QCoro::Task<void> PlaybackEngine::playPrevious()
+{
+    if (const std::optional<QUrl> url = m_playlist->previous())
+        co_await load(*url);
 }
 
 void PlaybackEngine::loadImage(const QUrl& url)

@@ -23,6 +23,7 @@ class WindowState;
 class PlaybackHistoryManager;
 class BookmarkManager;
 class PerFileSettingsStore;
+class PlaylistManager;
 Q_MOC_INCLUDE("features/osd/OSDManager.h")
 Q_MOC_INCLUDE("features/track/TrackManager.h")
 Q_MOC_INCLUDE("features/hdr/HDRManager.h")
@@ -91,12 +92,17 @@ public:
     PlaybackHistoryManager* history() const { return m_history; }
     BookmarkManager* bookmarks() const { return m_bookmarks; }
     PerFileSettingsStore* perFileStore() const { return m_perFileStore.get(); }
+    PlaylistManager* playlist() const { return m_playlist; }
     const SleepPreventer& sleepPreventer() const { return m_sleepPreventer; }
 
     /// Opens a media or image file. A file libmpv cannot play ends in the error state.
     QCoro::Task<void> load(QUrl url);
     /// Fire-and-forget form of `load` for QML and signal handlers.
     Q_INVOKABLE void open(const QUrl& url);
+
+    /// Loads the playlist's next or previous entry, if there is one.
+    QCoro::Task<void> playNext();
+    QCoro::Task<void> playPrevious();
 
     Q_INVOKABLE void play();
     Q_INVOKABLE void pause();
@@ -182,6 +188,7 @@ private:
     Preferences m_preferences;
     OSDManager* m_osd;
     WindowState* m_windowState;
+    PlaylistManager* m_playlist;
     HDRManager* m_hdr;
     TrackManager* m_tracks;
     SleepPreventer m_sleepPreventer;

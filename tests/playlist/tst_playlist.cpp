@@ -1,0 +1,177 @@
+// The playlist: folder scans on real folders, stepping, and the remove/move index rules; then
+// the engine playing through it on real media.
+#include "core/engine/PlaybackEngine.h"
+#include "features/playlist/FolderScanner.h"
+#include "features/playlist/PlaylistManager.h"
+#include "support/TestSupport.h"
+
+#include <QCoroTask>
+
+using namespace velmar::test;
+
+namespace {
+
+void touch(const QString& path)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    file.open(QIODevice::WriteOnly);
+}
+
+QStringList titles(const PlaylistManager& playlist)
+{
+    QStringList names;
+    for (const PlaylistItem& item : playlist.items())
+        names << item.title;
+    return names;
+}
+
+PlaylistManager* filled(QObject* parent, const QStringList& names)
+{
+    auto* playlist = new PlaylistManager(parent);
+    for (const QString& name : names)
+        playlist->add(
+            QUrl::fromLocalFile(QStringLiteral("/media/") + name + QStringLiteral(".mp4")));
+    return playlist;
+}
+
+} // namespace
+
+class PlaylistTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void folderScansFindVideosInNaturalOrder()
+    {
+        QTemporaryDir dir;
+        const QString root = dir.path();
+        touch(root + QStringLiteral("/b.MKV"));
+        touch(root + QStringLiteral("/a.mp4"));
+        touch(root + QStringLiteral("/.hidden.mp4"));
+        touch(root + QStringLiteral("/notes.txt"));
+        touch(root + QStringLiteral("/sub/c.webm"));
+        touch(root + QStringLiteral("/.secret/d.mp4"));
+        touch(root + QStringLiteral("/z/file10.mkv"));
+        touch(root + QStringLiteral("/file2.mkv"));
+        // A link back to the root must not send the scan round in circles.
+        QVERIFY(QFile::link(root, root + QStringLiteral("/sub/loop")));
+
+        PlaylistManager playlist;
+        QCoro::waitFor(playlist.addFolder(QUrl::fromLocalFile(root)));
+        QCOMPARE(titles(playlist),
+                 (QStringList{QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c"),
+                              QStringLiteral("file2"), QStringLiteral("file10")}));
+        QCOMPARE(playlist.currentIndex(), std::nullopt);
+        QCOMPARE(playlist.items()[2].url,
+                 QUrl::fromLocalFile(root + QStringLiteral("/sub/c.webm")));
+
+        // Nothing to find, or no folder at all: nothing added, nothing reported.
+        QCoro::waitFor(
+            playlist.addFolder(QUrl::fromLocalFile(root + QStringLiteral("/.secret/x"))));
+        QCOMPARE(playlist.items().size(), 5);
+    }
+
+    void steppingHasNoWrapAround()
+    {
+        PlaylistManager empty;
+        QVERIFY(!empty.hasNext());
+        QCOMPARE(empty.next(), std::nullopt);
+
+        auto* playlist = filled(this, {QStringLiteral("A"), QStringLiteral("B")});
+        QVERIFY(playlist->hasNext());
+        QCOMPARE(playlist->next()->fileName(), QStringLiteral("A.mp4"));
+        QCOMPARE(playlist->currentIndex(), 0);
+        QCOMPARE(playlist->previous(), std::nullopt);
+        QCOMPARE(playlist->next()->fileName(), QStringLiteral("B.mp4"));
+        QVERIFY(!playlist->hasNext());
+        QCOMPARE(playlist->next(), std::nullopt);
+        QCOMPARE(playlist->currentIndex(), 1);
+        QCOMPARE(playlist->play(-1), std::nullopt);
+        QCOMPARE(playlist->play(2), std::nullopt);
+        QCOMPARE(playlist->play(0)->fileName(), QStringLiteral("A.mp4"));
+        playlist->updateCurrentDuration(42.0);
+        QCOMPARE(playlist->items()[0].duration, std::optional<double>(42.0));
+
+        playlist->add(playlist->items()[0].url); // the same file twice is two entries
+        QVERIFY(playlist->items()[2].id != playlist->items()[0].id);
+        playlist->clear();
+        QVERIFY(playlist->items().isEmpty());
+        QCOMPARE(playlist->currentIndex(), std::nullopt);
+    }
+
+    void removeAndMoveKeepTheIndexNumber()
+    {
+        const QStringList abcd{QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C"),
+                               QStringLiteral("D")};
+        auto* playlist = filled(this, abcd);
+        playlist->play(2); // C
+        playlist->remove({0});
+        QCOMPARE(playlist->currentIndex(), 2);
+        QCOMPARE(playlist->currentItem()->title, QStringLiteral("D"));
+
+        playlist = filled(this, {QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C")});
+        playlist->play(2);
+        playlist->remove({0}); // index 2 now lies past the end
+        QCOMPARE(playlist->currentIndex(), std::nullopt);
+
+        playlist = filled(this, abcd);
+        playlist->play(1);
+        playlist->remove({1});
+        QCOMPARE(playlist->currentIndex(), std::nullopt);
+        QCOMPARE(titles(*playlist),
+                 (QStringList{QStringLiteral("A"), QStringLiteral("C"), QStringLiteral("D")}));
+
+        playlist = filled(this, abcd);
+        playlist->play(0);
+        playlist->move({0}, 3); // A moves before D
+        QCOMPARE(titles(*playlist), (QStringList{QStringLiteral("B"), QStringLiteral("C"),
+                                                 QStringLiteral("A"), QStringLiteral("D")}));
+        QCOMPARE(playlist->currentIndex(), 0);
+        QCOMPARE(playlist->currentItem()->title, QStringLiteral("B"));
+        playlist->move({3}, 0);
+        QCOMPARE(titles(*playlist), (QStringList{QStringLiteral("D"), QStringLiteral("B"),
+                                                 QStringLiteral("C"), QStringLiteral("A")}));
+    }
+
+    void theEngineAdvancesAtTheEndOfEachItem()
+    {
+        auto engine = makeSilentEngine();
+        PlaylistManager& playlist = *engine->playlist();
+        playlist.add(fixtureUrl(QStringLiteral("audio-only.m4a")));
+        playlist.add(fixtureUrl(QStringLiteral("tracks.mkv")));
+        playlist.add(fixtureUrl(QStringLiteral("audio-only.m4a")));
+        auto player = std::make_unique<PlayerWindow>(engine.get());
+        QVERIFY(player->showAndWaitForRenderContext());
+
+        loadAndWait(*engine, *playlist.play(0));
+        QCOMPARE(playlist.items()[0].duration.has_value(), true);
+        QCoro::waitFor(engine->seek(engine->duration() - 0.3));
+        // The end of the first item opens the second one.
+        QTRY_COMPARE_WITH_TIMEOUT(playlist.currentIndex(), std::optional<int>(1), 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(engine->mediaTitle(), QStringLiteral("tracks"), 5000);
+        QTRY_COMPARE(engine->state().kind(), PlayerState::Kind::Playing);
+        QVERIFY(!engine->isAtEnd());
+
+        QCoro::waitFor(engine->playPrevious());
+        QCOMPARE(playlist.currentIndex(), 0);
+        QCOMPARE(engine->mediaTitle(), QStringLiteral("audio-only"));
+        QCoro::waitFor(engine->playNext());
+        QCoro::waitFor(engine->playNext());
+        QCOMPARE(playlist.currentIndex(), 2);
+        QCoro::waitFor(engine->playNext()); // nothing after the last: nothing happens
+        QCOMPARE(playlist.currentIndex(), 2);
+
+        // At the end of the last item the engine stays paused at the end.
+        QCoro::waitFor(engine->seek(engine->duration() - 0.3));
+        QTRY_VERIFY_WITH_TIMEOUT(engine->isAtEnd(), 5000);
+        QCOMPARE(engine->state().kind(), PlayerState::Kind::Paused);
+        QCOMPARE(playlist.currentIndex(), 2);
+
+        player.reset();
+        engine.reset();
+    }
+};
+
+VELMAR_TEST_MAIN(PlaylistTest)
+#include "tst_playlist.moc"
