@@ -1,5 +1,7 @@
 #include "MPVProperties.h"
 
+#include <cmath>
+
 namespace MPVProperty {
 
 std::optional<QString> readString(mpv_handle* mpv, const char* name)
@@ -40,8 +42,15 @@ std::optional<bool> readFlag(mpv_handle* mpv, const char* name)
 
 void writeDouble(mpv_handle* mpv, const char* name, double value)
 {
-    if (mpv)
-        mpv_set_property(mpv, name, MPV_FORMAT_DOUBLE, &value);
+    if (!mpv)
+        return;
+    // Some libmpv versions keep picture controls such as "contrast" as integers and refuse a
+    // floating-point value for them ("error accessing property"); those get the nearest whole
+    // number instead.
+    if (mpv_set_property(mpv, name, MPV_FORMAT_DOUBLE, &value) < 0) {
+        int64_t whole = std::llround(value);
+        mpv_set_property(mpv, name, MPV_FORMAT_INT64, &whole);
+    }
 }
 
 void writeFlag(mpv_handle* mpv, const char* name, bool value)

@@ -4,8 +4,10 @@
 #include "core/model/TimeFormat.h"
 #include "core/model/WindowState.h"
 #include "features/bookmark/BookmarkManager.h"
+#include "features/filter/FilterManager.h"
 #include "features/hdr/HDRManager.h"
 #include "features/osd/OSDManager.h"
+#include "features/playback/ABLoopManager.h"
 #include "features/playlist/PlaybackHistoryManager.h"
 #include "features/playlist/PlaylistManager.h"
 #include "features/track/TrackManager.h"
@@ -45,6 +47,8 @@ PlaybackEngine::PlaybackEngine(QObject* parent)
     , m_osd(new OSDManager(this))
     , m_windowState(new WindowState(this))
     , m_playlist(new PlaylistManager(this))
+    , m_filters(new FilterManager(this))
+    , m_abLoop(new ABLoopManager(this))
     , m_hdr(new HDRManager(this))
     , m_tracks(new TrackManager(this))
     , m_decoder(new MPVDecoder(this))
@@ -109,6 +113,8 @@ void PlaybackEngine::onPositionTick()
         return;
     setCurrentTime(m_decoder->currentTime());
     setDuration(m_decoder->duration());
+    if (const std::optional<double> loopStart = m_abLoop->shouldLoop(m_currentTime))
+        seek(*loopStart);
 }
 
 void PlaybackEngine::handlePlaybackDidEnd()
@@ -195,6 +201,7 @@ QCoro::Task<void> PlaybackEngine::load(QUrl url)
                     kMessageSeconds);
     }
 
+    m_abLoop->clearLoop();
     if (m_decoder->audioDelay() != 0)
         m_decoder->setMPVDouble(MPVName::audioDelay, m_decoder->audioDelay());
     restorePerFileSettings(url);
@@ -445,10 +452,54 @@ void PlaybackEngine::setAudioDelay(double seconds)
     }
 }
 
+void PlaybackEngine::syncFiltersToMPV()
+{
+    for (const StandardFilter& filter : m_filters->filters()) {
+        const float value = filter.effectiveValue();
+        if (filter.id == QLatin1String("brightness")) {
+            m_decoder->setMPVDouble("brightness", double(value) * 100.0);
+        } else if (filter.id == QLatin1String("contrast")) {
+            m_decoder->setMPVDouble("contrast", (double(value) - 1.0) * 100.0);
+        } else if (filter.id == QLatin1String("saturation")) {
+            m_decoder->setMPVDouble("saturation", (double(value) - 1.0) * 100.0);
+        } else if (filter.id == QLatin1String("sharpen")) {
+            // "vf" replaces libmpv's whole filter chain; sharpening is its only user.
+            m_decoder->setMPVString("vf", value > 0 ? QStringLiteral("unsharp=la=") +
+                                                          velmar::shortestFloatText(value)
+                                                    : QString());
+        } else if (filter.id == QLatin1String("deband")) {
+            m_decoder->setMPVFlag("deband", filter.isEnabled);
+            if (filter.isEnabled)
+                m_decoder->setMPVInt64("deband-threshold", qint64(value));
+        }
+    }
+    setNeedsFrameRefresh(true);
+}
+
+void PlaybackEngine::setLoopPointA()
+{
+    m_abLoop->setPointA(m_currentTime);
+    if (m_abLoop->pointB() && *m_abLoop->pointB() <= m_currentTime)
+        m_abLoop->setPointB(std::nullopt);
+    m_osd->show(OSDMessage::text(QStringLiteral("Loop A: ") + velmar::formatTime(m_currentTime) +
+                                 QStringLiteral("  \u2014 \\ to clear")),
+                kMessageSeconds);
+}
+
+void PlaybackEngine::setLoopPointB()
+{
+    const std::optional<double> a = m_abLoop->pointA();
+    if (a && *a < m_currentTime)
+        m_abLoop->setPointB(m_currentTime);
+    if (a && m_abLoop->pointB())
+        m_osd->show(OSDMessage::text(QStringLiteral("Loop A-B active  \u2014 \\ to clear")),
+                    kMessageSeconds);
+}
+
 void PlaybackEngine::savePerFileSettings(const QUrl& url)
 {
     m_perFileStore->save(
-        PerFileSettings{m_videoRotation, m_fileFilterStates, m_decoder->audioDelay()}, url);
+        PerFileSettings{m_videoRotation, m_filters->states(), m_decoder->audioDelay()}, url);
 }
 
 void PlaybackEngine::restorePerFileSettings(const QUrl& url)
@@ -457,7 +508,8 @@ void PlaybackEngine::restorePerFileSettings(const QUrl& url)
     const std::optional<PerFileSettings> stored = m_perFileStore->settings(url.path());
     if (!stored) {
         applyRotation(0);
-        m_fileFilterStates.clear();
+        m_filters->resetAll();
+        syncFiltersToMPV();
         return;
     }
     applyRotation(stored->rotation);
@@ -465,7 +517,9 @@ void PlaybackEngine::restorePerFileSettings(const QUrl& url)
         m_decoder->setAudioDelay(stored->audioDelay);
         m_decoder->setMPVDouble(MPVName::audioDelay, stored->audioDelay);
     }
-    m_fileFilterStates = stored->filters;
+    for (const FilterState& state : stored->filters)
+        m_filters->apply(state);
+    syncFiltersToMPV();
 }
 
 // MARK: observable setters

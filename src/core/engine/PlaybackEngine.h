@@ -14,6 +14,7 @@
 #include <QTimer>
 #include <QtQml/qqmlregistration.h>
 #include <QUrl>
+#include <QUuid>
 
 class MPVDecoder;
 class OSDManager;
@@ -24,6 +25,8 @@ class PlaybackHistoryManager;
 class BookmarkManager;
 class PerFileSettingsStore;
 class PlaylistManager;
+class FilterManager;
+class ABLoopManager;
 Q_MOC_INCLUDE("features/osd/OSDManager.h")
 Q_MOC_INCLUDE("features/track/TrackManager.h")
 Q_MOC_INCLUDE("features/hdr/HDRManager.h")
@@ -93,6 +96,8 @@ public:
     BookmarkManager* bookmarks() const { return m_bookmarks; }
     PerFileSettingsStore* perFileStore() const { return m_perFileStore.get(); }
     PlaylistManager* playlist() const { return m_playlist; }
+    FilterManager* filters() const { return m_filters; }
+    ABLoopManager* abLoop() const { return m_abLoop; }
     const SleepPreventer& sleepPreventer() const { return m_sleepPreventer; }
 
     /// Opens a media or image file. A file libmpv cannot play ends in the error state.
@@ -126,6 +131,26 @@ public:
     Q_INVOKABLE void setRotation(int degrees);
     /// Shifts the sound against the picture, clamped to ±5 s; announces any non-zero delay.
     Q_INVOKABLE void setAudioDelay(double seconds);
+    /// Pushes every picture filter to libmpv (disabled ones at their neutral value).
+    Q_INVOKABLE void syncFiltersToMPV();
+
+    /// Marks the loop start (dropping an end that is not after it) or the loop end (only after
+    /// the start) at the current position.
+    Q_INVOKABLE void setLoopPointA();
+    Q_INVOKABLE void setLoopPointB();
+
+    // Tracks, subtitles, screenshots and bookmarks (PlaybackEngineCommands.cpp).
+    Q_INVOKABLE void cycleAudioTrack();
+    Q_INVOKABLE void cycleSubtitleTrack();
+    /// 0 turns subtitles off.
+    Q_INVOKABLE void setSubtitleTrack(qint64 id);
+    Q_INVOKABLE void addExternalSubtitle(const QUrl& url);
+    /// Saves the current video frame as a PNG in the screenshot folder and reveals it.
+    Q_INVOKABLE void takeScreenshot();
+    /// Bookmarks the current position; its thumbnail is captured in the background.
+    void addBookmark(const std::optional<QString>& name = std::nullopt);
+    QCoro::Task<void> seekToNextBookmark();
+    QCoro::Task<void> seekToPreviousBookmark();
 
     /// The render surface calls this once it has drawn the refreshed frame.
     void acknowledgeFrameRefresh() { setNeedsFrameRefresh(false); }
@@ -156,6 +181,7 @@ private:
     void pushVolumeAndMute();
     void resumeDecoder();
     void applyRotation(int degrees);
+    QCoro::Task<void> captureBookmarkThumbnail(QUuid bookmark);
     void savePerFileSettings(const QUrl& url);
     void restorePerFileSettings(const QUrl& url);
 
@@ -189,6 +215,8 @@ private:
     OSDManager* m_osd;
     WindowState* m_windowState;
     PlaylistManager* m_playlist;
+    FilterManager* m_filters;
+    ABLoopManager* m_abLoop;
     HDRManager* m_hdr;
     TrackManager* m_tracks;
     SleepPreventer m_sleepPreventer;
@@ -196,8 +224,6 @@ private:
     PlaybackHistoryManager* m_history;
     BookmarkManager* m_bookmarks;
     std::unique_ptr<PerFileSettingsStore> m_perFileStore;
-    // The current file's stored filter states, written back unchanged when the file is left.
-    QList<FilterState> m_fileFilterStates;
     QTimer m_positionTimer;
     bool m_wasPlayingBeforeScrub = false;
     // Each load takes a ticket; a load that finds a newer ticket after resuming was superseded

@@ -1,5 +1,6 @@
 #include "TimeFormat.h"
 
+#include <charconv>
 #include <cmath>
 
 namespace velmar {
@@ -33,6 +34,17 @@ QDateTime fromReferenceTimestamp(double seconds)
 double referenceTimestampNow()
 {
     return toReferenceTimestamp(QDateTime::currentDateTimeUtc());
+}
+
+QString shortestFloatText(float value)
+{
+    char digits[32];
+    const auto result = std::to_chars(digits, digits + sizeof digits, value);
+    QString text = QString::fromLatin1(digits, int(result.ptr - digits));
+    if (!text.contains(QLatin1Char('.')) && !text.contains(QLatin1Char('e')) &&
+        !text.contains(QLatin1Char('n')))
+        text += QStringLiteral(".0");
+    return text;
 }
 
 } // namespace velmar

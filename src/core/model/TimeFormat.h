@@ -16,4 +16,8 @@ double toReferenceTimestamp(const QDateTime& dateTime);
 QDateTime fromReferenceTimestamp(double seconds);
 double referenceTimestampNow();
 
+/// The shortest text that reads back as the same single-precision number, always with a
+/// decimal point: 0.5 gives "0.5", 1 gives "1.0", 0.75 gives "0.75".
+QString shortestFloatText(float value);
+
 } // namespace velmar

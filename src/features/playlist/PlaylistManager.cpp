@@ -24,8 +24,10 @@ QCoro::Task<void> PlaylistManager::addFolder(QUrl folder)
 {
     QPointer<PlaylistManager> self(this);
     const QString path = folder.toLocalFile();
-    const QList<QUrl> found =
-        co_await QtConcurrent::run([path] { return FolderScanner::scanForVideos(path); });
+    // A named future, not a temporary: GCC 12 destroys temporaries of a co_await operand twice.
+    QFuture<QList<QUrl>> scan =
+        QtConcurrent::run([path] { return FolderScanner::scanForVideos(path); });
+    const QList<QUrl> found = co_await scan;
     if (!self || found.isEmpty())
         co_return;
     for (const QUrl& url : found)
