@@ -6,6 +6,8 @@
 #include "support/TestSupport.h"
 
 #include <QCoroTask>
+#include <QProcess>
+#include <unistd.h>
 
 using namespace velmar::test;
 
@@ -70,6 +72,38 @@ private Q_SLOTS:
         QCoro::waitFor(
             playlist.addFolder(QUrl::fromLocalFile(root + QStringLiteral("/.secret/x"))));
         QCOMPARE(playlist.items().size(), 5);
+    }
+
+    void unreadableFoldersArePassedOver()
+    {
+        QTemporaryDir dir;
+        const QString root = dir.path();
+        touch(root + QStringLiteral("/open/one.mp4"));
+        touch(root + QStringLiteral("/locked/two.mp4"));
+        touch(root + QStringLiteral("/three.mkv"));
+        const auto readable = QFileDevice::ReadOwner | QFileDevice::ExeOwner |
+                              QFileDevice::WriteOwner | QFileDevice::ReadOther |
+                              QFileDevice::ExeOther;
+        for (const QString& folder : {root, root + QStringLiteral("/open")})
+            QFile::setPermissions(folder, readable);
+        QFile::setPermissions(root + QStringLiteral("/locked"), QFileDevice::Permissions());
+
+        // Permissions do not stop root, so the scan runs as an ordinary user when we are root.
+        const QString tool = QCoreApplication::applicationDirPath() + QStringLiteral("/scan_tool");
+        QProcess scan;
+        if (geteuid() == 0)
+            scan.start(QStringLiteral("setpriv"),
+                       {QStringLiteral("--reuid=65534"), QStringLiteral("--regid=65534"),
+                        QStringLiteral("--clear-groups"), tool, root});
+        else
+            scan.start(tool, {root});
+        QVERIFY(scan.waitForFinished(10000));
+        QCOMPARE(scan.exitCode(), 0);
+        const QStringList found = QString::fromUtf8(scan.readAllStandardOutput())
+                                      .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        QCOMPARE(found, (QStringList{root + QStringLiteral("/open/one.mp4"),
+                                     root + QStringLiteral("/three.mkv")}));
+        QFile::setPermissions(root + QStringLiteral("/locked"), readable);
     }
 
     void steppingHasNoWrapAround()

@@ -24,14 +24,18 @@ QCoro::Task<void> PlaylistManager::addFolder(QUrl folder)
 {
     QPointer<PlaylistManager> self(this);
     const QString path = folder.toLocalFile();
-    // A named future, not a temporary: GCC 12 destroys temporaries of a co_await operand twice.
-    QFuture<QList<QUrl>> scan =
-        QtConcurrent::run([path] { return FolderScanner::scanForVideos(path); });
-    const QList<QUrl> found = co_await scan;
+    // The items are built on the worker too, so the GUI thread only appends a finished list.
+    // (A named future, not a temporary: GCC 12 destroys temporaries of a co_await operand twice.)
+    QFuture<QList<PlaylistItem>> scan = QtConcurrent::run([path] {
+        QList<PlaylistItem> items;
+        for (const QUrl& url : FolderScanner::scanForVideos(path))
+            items << PlaylistItem::forUrl(url);
+        return items;
+    });
+    const QList<PlaylistItem> found = co_await scan;
     if (!self || found.isEmpty())
         co_return;
-    for (const QUrl& url : found)
-        m_items << PlaylistItem::forUrl(url);
+    m_items.append(found);
     Q_EMIT itemsChanged();
 }
 
