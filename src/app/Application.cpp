@@ -1,6 +1,7 @@
 #include "Application.h"
 
 #include "core/engine/PlaybackEngine.h"
+#include "infrastructure/keybinding/KeyBindingManager.h"
 
 #include <QDir>
 #include <QQmlApplicationEngine>
@@ -35,6 +36,7 @@ bool Application::start(const QStringList& files)
     auto* window = qobject_cast<QQuickWindow*>(m_qml->rootObjects().constFirst());
     if (!window)
         return false;
+    m_engine->keyBindings()->start(window);
     // libmpv needs its render context before a file starts, and that exists only once the
     // window has drawn.
     connect(window, &QQuickWindow::frameSwapped, this, &Application::openInitialFiles,

@@ -11,6 +11,7 @@
 #include "features/playlist/PlaybackHistoryManager.h"
 #include "features/playlist/PlaylistManager.h"
 #include "features/track/TrackManager.h"
+#include "infrastructure/keybinding/KeyBindingManager.h"
 #include "infrastructure/persistence/DatabaseManager.h"
 #include "infrastructure/persistence/PerFileSettingsStore.h"
 #include "MPVDecoder.h"
@@ -52,7 +53,9 @@ PlaybackEngine::PlaybackEngine(QObject* parent)
     , m_hdr(new HDRManager(this))
     , m_tracks(new TrackManager(this))
     , m_decoder(new MPVDecoder(this))
+    , m_keyBindings(new KeyBindingManager(this))
 {
+    m_keyBindings->setEngine(this);
     DatabaseManager& database = DatabaseManager::shared();
     database.setup();
     m_history = new PlaybackHistoryManager(database.db(), kHistoryLimit, this);

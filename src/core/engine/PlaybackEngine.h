@@ -27,6 +27,7 @@ class PerFileSettingsStore;
 class PlaylistManager;
 class FilterManager;
 class ABLoopManager;
+class KeyBindingManager;
 Q_MOC_INCLUDE("features/osd/OSDManager.h")
 Q_MOC_INCLUDE("features/track/TrackManager.h")
 Q_MOC_INCLUDE("features/hdr/HDRManager.h")
@@ -98,6 +99,7 @@ public:
     PlaylistManager* playlist() const { return m_playlist; }
     FilterManager* filters() const { return m_filters; }
     ABLoopManager* abLoop() const { return m_abLoop; }
+    KeyBindingManager* keyBindings() const { return m_keyBindings; }
     const SleepPreventer& sleepPreventer() const { return m_sleepPreventer; }
 
     /// Opens a media or image file. A file libmpv cannot play ends in the error state.
@@ -221,6 +223,7 @@ private:
     TrackManager* m_tracks;
     SleepPreventer m_sleepPreventer;
     MPVDecoder* m_decoder;
+    KeyBindingManager* m_keyBindings;
     PlaybackHistoryManager* m_history;
     BookmarkManager* m_bookmarks;
     std::unique_ptr<PerFileSettingsStore> m_perFileStore;
