@@ -6,8 +6,6 @@
 #include "infrastructure/preferences/Preferences.h"
 #include "KeyBindingManager.h"
 
-#include <QQuickWindow>
-
 namespace {
 
 constexpr float kVolumeStep = 0.05f;
@@ -89,20 +87,12 @@ void KeyBindingManager::executeAction(PlayerAction action)
         osd.show(OSDMessage::text(QStringLiteral("Loop cleared")), kMessageSeconds);
         break;
     case PlayerAction::toggleFullScreen:
-        if (m_mainWindow) {
-            if (m_mainWindow->visibility() == QWindow::FullScreen)
-                m_mainWindow->showNormal();
-            else
-                m_mainWindow->showFullScreen();
-        }
+        // The window's owner knows which frame to return to.
+        Q_EMIT toggleFullScreenRequested();
         break;
-    case PlayerAction::rotateVideo: {
-        int turned = 0;
-        if (__builtin_add_overflow(engine->videoRotation(), 90 + 360, &turned))
-            qFatal("rotation overflow");
-        engine->setRotation(turned % 360);
+    case PlayerAction::rotateVideo:
+        engine->setRotation((engine->videoRotation() + 90) % 360);
         break;
-    }
     case PlayerAction::nextBookmark:
         engine->seekToNextBookmark();
         break;

@@ -125,6 +125,7 @@ bool KeyBindingManager::handleKeyEvent(const QKeyEvent& event)
             return true; // swallowed: a held key must not queue up seeks
         m_lastSeekMs = now;
     }
+    Q_EMIT actionTriggered(match->action);
     executeAction(match->action);
     return true;
 }

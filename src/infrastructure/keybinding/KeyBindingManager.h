@@ -43,6 +43,10 @@ public:
 
 Q_SIGNALS:
     void bindingsChanged();
+    /// A bound key was pressed (and not swallowed as a too-fast repeat).
+    void actionTriggered(PlayerAction action);
+    /// The full-screen key; the main window's owner switches, as it knows the frames involved.
+    void toggleFullScreenRequested();
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -1,0 +1,321 @@
+// Key bindings: the stored table and its repair, key presses on a real window reaching their
+// actions, the repeat throttle, keys that must be left alone, and what each action does to a
+// real engine playing a fixture.
+#include "core/engine/MPVDecoder.h"
+#include "core/engine/PlaybackEngine.h"
+#include "features/osd/OSDManager.h"
+#include "features/playback/ABLoopManager.h"
+#include "infrastructure/keybinding/KeyBindingManager.h"
+#include "infrastructure/keybinding/QtKeyTranslation.h"
+#include "infrastructure/preferences/Preferences.h"
+#include "support/TestSupport.h"
+
+#include <QCoroTask>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQuickItem>
+
+using namespace velmar::test;
+using Kind = PlayerState::Kind;
+
+namespace {
+
+Qt::KeyboardModifiers qtModifiers(quint64 bits)
+{
+    Qt::KeyboardModifiers result;
+    if (bits & KeyModifier::command)
+        result |= Qt::ControlModifier;
+    if (bits & KeyModifier::control)
+        result |= Qt::MetaModifier;
+    if (bits & KeyModifier::option)
+        result |= Qt::AltModifier;
+    if (bits & KeyModifier::shift)
+        result |= Qt::ShiftModifier;
+    return result;
+}
+
+void storeBindings(const QByteArray& data)
+{
+    Preferences().setData(KeyBindingManager::storageKey, data);
+}
+
+QString osdText(const PlaybackEngine& engine)
+{
+    const auto message = engine.osd()->currentMessage();
+    return message ? message->text() : QString();
+}
+
+/// A main window that can take the keyboard focus, with a text field in it.
+struct KeyWindow
+{
+    QQmlEngine qml;
+    QQuickWindow window;
+    std::unique_ptr<QQuickItem> textField;
+
+    KeyWindow()
+    {
+        window.resize(320, 200);
+        QQmlComponent component(&qml);
+        component.setData("import QtQuick\nTextInput { width: 100; height: 20 }", QUrl());
+        textField.reset(qobject_cast<QQuickItem*>(component.create()));
+        textField->setParentItem(window.contentItem());
+    }
+
+    bool showActive()
+    {
+        window.show();
+        window.requestActivate();
+        return QTest::qWaitForWindowActive(&window);
+    }
+
+    void press(int key, Qt::KeyboardModifiers modifiers = {}, bool autoRepeat = false)
+    {
+        QKeyEvent event(QEvent::KeyPress, key, modifiers, QString(), autoRepeat);
+        QGuiApplication::sendEvent(&window, &event);
+    }
+};
+
+} // namespace
+
+class KeyBindingTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { Preferences().remove(KeyBindingManager::storageKey); }
+
+    void defaultTableAndItsTexts()
+    {
+        const QList<KeyBinding> defaults = KeyBindings::defaults();
+        QCOMPARE(defaults.size(), 28);
+        QSet<PlayerAction> actions;
+        for (const KeyBinding& binding : defaults)
+            actions.insert(binding.action);
+        QCOMPARE(actions.size(), 28);
+        QCOMPARE(defaults.first(), (KeyBinding{PlayerAction::togglePlayPause, 49, 0}));
+
+        QCOMPARE(
+            (KeyBinding{PlayerAction::seekForwardLarge, 124, KeyModifier::shift}).displayString(),
+            QStringLiteral("\u21e7\u2192"));
+        const quint64 all =
+            KeyModifier::command | KeyModifier::shift | KeyModifier::option | KeyModifier::control;
+        QCOMPARE((KeyBinding{PlayerAction::rotateVideo, 40, all}).displayString(),
+                 QStringLiteral("^\u2325\u21e7\u2318K"));
+        QCOMPARE(keyCodeToString(49), QStringLiteral("Space"));
+        QCOMPARE(keyCodeToString(36), QStringLiteral("Return"));
+        QCOMPARE(keyCodeToString(122), QStringLiteral("Key122"));
+        QCOMPARE(PlayerActions::fromRawValue(QStringLiteral("cycleAudioTrack")),
+                 std::optional(PlayerAction::cycleAudioTrack));
+        QCOMPARE(PlayerActions::fromRawValue(QStringLiteral("CycleAudioTrack")), std::nullopt);
+    }
+
+    void jsonFormRoundTripsAndRejectsIncompleteEntries()
+    {
+        const QByteArray json = KeyBindings::toJson(KeyBindings::defaults());
+        const QJsonArray array = QJsonDocument::fromJson(json).array();
+        QCOMPARE(array.size(), 28);
+        const QJsonObject first = array.first().toObject();
+        QCOMPARE(first.value(QStringLiteral("action")).toString(),
+                 QStringLiteral("togglePlayPause"));
+        QCOMPARE(first.value(QStringLiteral("keyCode")).toInt(), 49);
+        QCOMPARE(first.value(QStringLiteral("modifiers")).toInt(), 0);
+        QCOMPARE(KeyBindings::fromJson(json), std::optional(KeyBindings::defaults()));
+
+        QVERIFY(!KeyBindings::fromJson("[{\"action\": \"toggleMute\", \"keyCode\": 46}]"));
+        QVERIFY(!KeyBindings::fromJson("{\"action\": \"toggleMute\"}"));
+        QVERIFY(!KeyBindings::fromJson("not json"));
+    }
+
+    void storedTableIsMergedWithMissingDefaults()
+    {
+        storeBindings("[{\"action\": \"toggleMute\", \"keyCode\": 4, \"modifiers\": 0}]");
+        KeyBindingManager manager;
+        QCOMPARE(manager.bindings().size(), 28);
+        QCOMPARE(manager.bindings().first(), (KeyBinding{PlayerAction::toggleMute, 4, 0}));
+        // The others follow in default order, the stored action not repeated.
+        QList<KeyBinding> rest = KeyBindings::defaults();
+        rest.removeIf([](const KeyBinding& b) { return b.action == PlayerAction::toggleMute; });
+        QCOMPARE(manager.bindings().mid(1), rest);
+    }
+
+    void unreadableTableFallsBackToDefaultsAndStaysStored()
+    {
+        const QByteArray unknown =
+            "[{\"action\": \"toggleMute\", \"keyCode\": 4, \"modifiers\": 0},"
+            " {\"action\": \"launchRockets\", \"keyCode\": 5, \"modifiers\": 0}]";
+        for (const QByteArray& stored : {unknown, QByteArray("\x01garbage")}) {
+            storeBindings(stored);
+            KeyBindingManager manager;
+            QCOMPARE(manager.bindings(), KeyBindings::defaults());
+            QCOMPARE(Preferences().dataValue(KeyBindingManager::storageKey), stored);
+        }
+    }
+
+    void changesAreSavedAndSurviveARestart()
+    {
+        {
+            KeyBindingManager manager;
+            QSignalSpy changed(&manager, &KeyBindingManager::bindingsChanged);
+            manager.updateBinding(PlayerAction::toggleMute, 0, KeyModifier::command);
+            QCOMPARE(changed.size(), 1);
+        }
+        KeyBindingManager reloaded;
+        const auto mute =
+            std::find_if(reloaded.bindings().begin(), reloaded.bindings().end(),
+                         [](auto& b) { return b.action == PlayerAction::toggleMute; });
+        QCOMPARE(*mute, (KeyBinding{PlayerAction::toggleMute, 0, KeyModifier::command}));
+
+        reloaded.resetToDefaults();
+        QCOMPARE(KeyBindingManager().bindings(), KeyBindings::defaults());
+        QCOMPARE(Preferences().dataValue(KeyBindingManager::storageKey),
+                 KeyBindings::toJson(KeyBindings::defaults()));
+    }
+
+    void everyDefaultKeyReachesItsAction()
+    {
+        KeyWindow keys;
+        QVERIFY(keys.showActive());
+        KeyBindingManager manager;
+        manager.start(&keys.window);
+        QSignalSpy triggered(&manager, &KeyBindingManager::actionTriggered);
+
+        for (const KeyBinding& binding : KeyBindings::defaults()) {
+            const std::optional<int> qtKey = QtKeyTranslation::qtKey(binding.keyCode);
+            QVERIFY2(qtKey, qPrintable(binding.displayString()));
+            triggered.clear();
+            QTest::keyClick(&keys.window, Qt::Key(*qtKey), qtModifiers(binding.modifiers));
+            QCOMPARE(triggered.size(), 1);
+            QCOMPARE(triggered.first().first().value<PlayerAction>(), binding.action);
+        }
+
+        // Shifted punctuation arrives as its shifted character and still names the same key.
+        manager.updateBinding(PlayerAction::setLoopB, 30, KeyModifier::shift);
+        triggered.clear();
+        QTest::keyClick(&keys.window, Qt::Key_BraceRight, Qt::ShiftModifier);
+        QCOMPARE(triggered.size(), 1);
+        QCOMPARE(triggered.first().first().value<PlayerAction>(), PlayerAction::setLoopB);
+
+        // Keypad digits are keys of their own; an unbound one passes through.
+        triggered.clear();
+        QTest::keyClick(&keys.window, Qt::Key_5, Qt::KeypadModifier);
+        QCOMPARE(triggered.size(), 0);
+    }
+
+    void heldSeekKeysAreThrottledOthersAreNot()
+    {
+        KeyWindow keys;
+        QVERIFY(keys.showActive());
+        KeyBindingManager manager;
+        manager.start(&keys.window);
+        QSignalSpy triggered(&manager, &KeyBindingManager::actionTriggered);
+
+        keys.press(Qt::Key_Right);
+        keys.press(Qt::Key_Right, {}, true); // the first repeat passes
+        for (int i = 0; i < 5; ++i)
+            keys.press(Qt::Key_Right, {}, true);
+        QCOMPARE(triggered.size(), 2);
+        QTest::qWait(120);
+        keys.press(Qt::Key_Right, {}, true);
+        QCOMPARE(triggered.size(), 3);
+
+        triggered.clear();
+        for (int i = 0; i < 6; ++i)
+            keys.press(Qt::Key_Up, {}, true);
+        QCOMPARE(triggered.size(), 6);
+    }
+
+    void keysAreLeftAloneInTextFieldsAndOtherWindows()
+    {
+        KeyWindow keys;
+        QVERIFY(keys.showActive());
+        KeyBindingManager manager;
+        manager.start(&keys.window);
+        QSignalSpy triggered(&manager, &KeyBindingManager::actionTriggered);
+
+        keys.textField->forceActiveFocus();
+        QTest::keyClick(&keys.window, Qt::Key_M);
+        QCOMPARE(triggered.size(), 0);
+        QCOMPARE(keys.textField->property("text").toString(), QStringLiteral("m"));
+
+        keys.textField->setFocus(false);
+        keys.window.contentItem()->forceActiveFocus();
+        QTest::keyClick(&keys.window, Qt::Key_M);
+        QCOMPARE(triggered.size(), 1);
+
+        QQuickWindow other;
+        other.resize(200, 100);
+        other.show();
+        other.requestActivate();
+        QVERIFY(QTest::qWaitForWindowActive(&other));
+        keys.press(Qt::Key_M);
+        QTest::keyClick(&other, Qt::Key_M);
+        QCOMPARE(triggered.size(), 1);
+    }
+
+    void actionsActOnARealEngine()
+    {
+        auto engine = makeSilentEngine();
+        {
+            PlayerWindow window(engine.get());
+            QVERIFY(window.showAndWaitForRenderContext());
+            loadAndWait(*engine, fixtureUrl(QStringLiteral("clip30.mp4")));
+            QCOMPARE(engine->state().kind(), Kind::Playing);
+            KeyBindingManager& keys = *engine->keyBindings();
+
+            keys.executeAction(PlayerAction::togglePlayPause);
+            QCOMPARE(engine->state().kind(), Kind::Paused);
+            QCOMPARE(osdText(*engine), QStringLiteral("Paused"));
+
+            // Seek steps come from the preferences at every press; non-positive means default.
+            QCoro::waitFor(engine->seek(2.0));
+            Preferences().setDouble(PreferenceKeys::seekSmallStep, 12.0);
+            keys.executeAction(PlayerAction::seekForwardSmall);
+            QTRY_COMPARE_WITH_TIMEOUT(qRound(engine->currentTime()), 14, 5000);
+            Preferences().setDouble(PreferenceKeys::seekSmallStep, 0.0);
+            keys.executeAction(PlayerAction::seekBackwardSmall);
+            QTRY_COMPARE_WITH_TIMEOUT(qRound(engine->currentTime()), 9, 5000);
+            Preferences().setDouble(PreferenceKeys::seekLargeStep, 15.0);
+            keys.executeAction(PlayerAction::seekForwardLarge);
+            QTRY_COMPARE_WITH_TIMEOUT(qRound(engine->currentTime()), 24, 5000);
+
+            for (int expected : {90, 180, 270, 0}) {
+                keys.executeAction(PlayerAction::rotateVideo);
+                QCOMPARE(engine->videoRotation(), expected);
+            }
+
+            keys.executeAction(PlayerAction::audioDelayIncrease);
+            keys.executeAction(PlayerAction::audioDelayIncrease);
+            QVERIFY(qFuzzyCompare(engine->decoder()->audioDelay(), 0.2));
+            keys.executeAction(PlayerAction::audioDelayReset);
+            QCOMPARE(engine->decoder()->audioDelay(), 0.0);
+            QCOMPARE(osdText(*engine), QStringLiteral("Audio delay: 0.0s"));
+
+            keys.executeAction(PlayerAction::setLoopA);
+            QVERIFY(engine->abLoop()->pointA().has_value());
+            keys.executeAction(PlayerAction::clearLoop);
+            QVERIFY(!engine->abLoop()->pointA().has_value());
+            QCOMPARE(osdText(*engine), QStringLiteral("Loop cleared"));
+
+            const bool muted = engine->isMuted();
+            keys.executeAction(PlayerAction::toggleMute);
+            QCOMPARE(engine->isMuted(), !muted);
+            const float volume = engine->volume();
+            keys.executeAction(PlayerAction::volumeDown);
+            QVERIFY(qAbs(engine->volume() - (volume - 0.05f)) < 1e-4f);
+
+            QSignalSpy fullScreen(&keys, &KeyBindingManager::toggleFullScreenRequested);
+            keys.executeAction(PlayerAction::toggleFullScreen);
+            QCOMPARE(fullScreen.size(), 1);
+
+            keys.executeAction(PlayerAction::togglePlayPause);
+            QCOMPARE(engine->state().kind(), Kind::Playing);
+        }
+        engine.reset();
+    }
+};
+
+VELMAR_TEST_MAIN(KeyBindingTest)
+#include "tst_keybinding.moc"
