@@ -1,7 +1,9 @@
-#include "app/Application.h"
+#include "app/AppDelegate.h"
+#include "app/SingleInstance.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QDir>
 #include <QGuiApplication>
 #include <QtQml/qqmlextensionplugin.h>
 
@@ -17,7 +19,8 @@ void describeApplication()
 }
 
 /// Reads the command line without a display, so that --help and --version work anywhere.
-QStringList filesFromCommandLine(int argc, char* argv[])
+/// Paths become absolute URLs, as they may be handed to a player started elsewhere.
+QList<QUrl> filesFromCommandLine(int argc, char* argv[])
 {
     QCoreApplication app(argc, argv);
     describeApplication();
@@ -29,21 +32,34 @@ QStringList filesFromCommandLine(int argc, char* argv[])
                                  QStringLiteral("Video or image files to open."),
                                  QStringLiteral("[FILE...]"));
     parser.process(app);
-    return parser.positionalArguments();
+    QList<QUrl> urls;
+    for (const QString& argument : parser.positionalArguments())
+        urls << QUrl::fromUserInput(argument, QDir::currentPath(), QUrl::AssumeLocalFile);
+    return urls;
 }
 
 } // namespace
 
 int main(int argc, char* argv[])
 {
-    const QStringList files = filesFromCommandLine(argc, argv);
+    const QList<QUrl> files = filesFromCommandLine(argc, argv);
 
-    Application::prepareGraphics();
+    AppDelegate::prepareGraphics();
     QGuiApplication app(argc, argv);
     describeApplication();
     QGuiApplication::setDesktopFileName(QStringLiteral("velmarplayer"));
 
-    Application player;
+    // A player already running in this session takes the files instead.
+    SingleInstance instance;
+    if (!instance.claim() && SingleInstance::forward(files))
+        return 0;
+
+    AppDelegate player;
+    QObject::connect(&instance, &SingleInstance::openRequested, &player,
+                     [&player](const QList<QUrl>& urls) {
+                         player.openURLs(urls);
+                         player.raise();
+                     });
     if (!player.start(files))
         return 1;
     return QGuiApplication::exec();

@@ -1,10 +1,11 @@
 // The real main window (Main.qml) over a real engine: each engine state shows its screen, and
 // the on-screen display draws its message over the video.
+#include "app/AppDelegate.h"
+#include "core/engine/MPVDecoder.h"
 #include "core/engine/PlaybackEngine.h"
 #include "features/osd/OSDManager.h"
 #include "support/TestSupport.h"
 
-#include <QQmlApplicationEngine>
 #include <QQuickItem>
 #include <QtQml/qqmlextensionplugin.h>
 
@@ -49,14 +50,11 @@ class UiTest : public QObject
 private Q_SLOTS:
     void screensFollowTheEngineAndTheOSDDraws()
     {
-        auto engine = makeSilentEngine();
-        auto qml = std::make_unique<QQmlApplicationEngine>();
-        qml->addImportPath(QStringLiteral("qrc:/qt/qml"));
-        qml->setInitialProperties({{QStringLiteral("engine"), QVariant::fromValue(engine.get())}});
-        qml->load(QUrl(QStringLiteral("qrc:/qt/qml/Velmar/Main.qml")));
-        QCOMPARE(qml->rootObjects().size(), 1);
-        auto* window = qobject_cast<QQuickWindow*>(qml->rootObjects().constFirst());
-        QVERIFY(window);
+        auto app = std::make_unique<AppDelegate>();
+        PlaybackEngine* engine = app->engine();
+        engine->decoder()->setMPVString("ao", QStringLiteral("null"));
+        QVERIFY(app->start({}));
+        QQuickWindow* window = app->mainWindow();
         QVERIFY(QTest::qWaitForWindowExposed(window));
         QCOMPARE(window->minimumSize(), QSize(480, 270));
         QCOMPARE(window->color(), QColor(Qt::black));
@@ -90,8 +88,7 @@ private Q_SLOTS:
         QVERIFY(withMessage.copy(osdArea) != withoutMessage.copy(osdArea));
         QVERIFY(brightShare(withoutMessage, QRect(20, 20, 60, 40)) < 0.5); // blue corner block
 
-        qml.reset();
-        engine.reset();
+        app.reset();
     }
 };
 

@@ -1,6 +1,6 @@
 #include "TestSupport.h"
 
-#include "app/Application.h"
+#include "app/AppDelegate.h"
 #include "core/engine/MPVDecoder.h"
 #include "core/engine/PlaybackEngine.h"
 #include "core/renderer/MPVVideoView.h"
@@ -121,7 +121,7 @@ void pinGraphicsDrivers()
 
 int runTests(QObject* testObject, int argc, char** argv)
 {
-    Application::prepareGraphics();
+    AppDelegate::prepareGraphics();
     QGuiApplication app(argc, argv);
     QGuiApplication::setApplicationName(QStringLiteral("VelmarPlayer"));
     QGuiApplication::setOrganizationName(QStringLiteral("VelmarPlayer"));

@@ -32,6 +32,7 @@ Q_MOC_INCLUDE("features/osd/OSDManager.h")
 Q_MOC_INCLUDE("features/track/TrackManager.h")
 Q_MOC_INCLUDE("features/hdr/HDRManager.h")
 Q_MOC_INCLUDE("core/model/WindowState.h")
+Q_MOC_INCLUDE("infrastructure/keybinding/KeyBindingManager.h")
 
 /// The player's single controller: owns the decoder and the managers, publishes the observable
 /// playback state the UI binds to and implements every user-level operation.
@@ -64,6 +65,7 @@ class PlaybackEngine : public QObject
     Q_PROPERTY(TrackManager* tracks READ tracks CONSTANT)
     Q_PROPERTY(HDRManager* hdr READ hdr CONSTANT)
     Q_PROPERTY(WindowState* windowState READ windowState CONSTANT)
+    Q_PROPERTY(KeyBindingManager* keyBindings READ keyBindings CONSTANT)
 
 public:
     explicit PlaybackEngine(QObject* parent = nullptr);

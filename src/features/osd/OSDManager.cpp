@@ -1,5 +1,7 @@
 #include "OSDManager.h"
 
+#include "infrastructure/logging/Log.h"
+
 #include "core/model/PropertyUpdate.h"
 
 #include <cmath>
@@ -21,6 +23,9 @@ void OSDManager::show(const OSDMessage& message, double seconds)
 {
     // Restarting the single timer is what keeps an older deadline from hiding a newer message.
     m_dismissTimer.stop();
+    // What the user was shown goes to the log too: it is the player's own account of every
+    // command it acted on.
+    velmar::logLine(QStringLiteral("[OSDManager] ") + message.text());
     setCurrentMessage(message);
     m_dismissTimer.start(std::max(0, int(std::lround(seconds * 1000.0))));
 }

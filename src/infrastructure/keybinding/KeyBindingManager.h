@@ -6,6 +6,7 @@
 #include <QList>
 #include <QObject>
 #include <QPointer>
+#include <QtQml/qqmlregistration.h>
 
 class PlaybackEngine;
 class QKeyEvent;
@@ -17,6 +18,8 @@ class QQuickWindow;
 class KeyBindingManager : public QObject
 {
     Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("Owned by the playback engine")
 
 public:
     static inline const QString storageKey = QStringLiteral("VelmarPlayer.KeyBindings");

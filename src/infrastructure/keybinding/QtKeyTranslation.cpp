@@ -3,6 +3,7 @@
 #include "KeyBinding.h"
 
 #include <QHash>
+#include <QKeySequence>
 
 namespace QtKeyTranslation {
 namespace {
@@ -120,6 +121,34 @@ quint64 modifierBits(Qt::KeyboardModifiers modifiers)
     if (modifiers & Qt::ControlModifier)
         bits |= KeyModifier::command;
     return bits;
+}
+
+Qt::KeyboardModifiers qtModifiers(quint64 bits)
+{
+    Qt::KeyboardModifiers modifiers;
+    if (bits & KeyModifier::shift)
+        modifiers |= Qt::ShiftModifier;
+    if (bits & KeyModifier::control)
+        modifiers |= Qt::MetaModifier;
+    if (bits & KeyModifier::option)
+        modifiers |= Qt::AltModifier;
+    if (bits & KeyModifier::command)
+        modifiers |= Qt::ControlModifier;
+    return modifiers;
+}
+
+QString shortcutText(quint16 code, quint64 bits)
+{
+    Qt::KeyboardModifiers modifiers = qtModifiers(bits);
+    std::optional<int> key = qtKey(code);
+    if (!key) {
+        key = qtKey(code, true);
+        modifiers |= Qt::KeypadModifier;
+    }
+    if (!key)
+        return keyCodeToString(code);
+    return QKeySequence(QKeyCombination(modifiers, Qt::Key(*key)))
+        .toString(QKeySequence::NativeText);
 }
 
 std::optional<int> qtKey(quint16 code, bool keypad)

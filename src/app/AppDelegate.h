@@ -1,0 +1,65 @@
+#pragma once
+
+#include <memory>
+#include <QList>
+#include <QObject>
+#include <QPointer>
+#include <QQuickWindow>
+#include <QStringList>
+#include <QtQml/qqmlregistration.h>
+#include <QUrl>
+#include <QVariantList>
+
+class MainWindowGeometry;
+class PlaybackEngine;
+class QQmlApplicationEngine;
+
+/// The application: owns the one playback engine and the main window, opens what it is handed
+/// (command line, file dialogs, drops, later launches), lists the recent files for the menus and
+/// switches full screen. The QML scene is destroyed before the engine, so no video item outlives
+/// the decoder. GUI thread only.
+class AppDelegate : public QObject
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("The application creates its one delegate")
+    /// Filters for the "Open..." dialog.
+    Q_PROPERTY(QStringList openNameFilters READ openNameFilters CONSTANT)
+
+public:
+    /// Must run before the QGuiApplication exists: picks the OpenGL scene graph and a threaded
+    /// render loop, which the video surface relies on.
+    static void prepareGraphics();
+
+    AppDelegate();
+    ~AppDelegate() override;
+
+    /// Shows the main window; `files` open once the window has drawn its first frame.
+    bool start(const QList<QUrl>& files);
+
+    PlaybackEngine* engine() const { return m_engine.get(); }
+    QQuickWindow* mainWindow() const { return m_mainWindow; }
+    QStringList openNameFilters() const;
+
+    /// Applies the opening rule to files and folders (several files become a playlist).
+    Q_INVOKABLE void openURLs(const QList<QUrl>& urls);
+    Q_INVOKABLE void openRecentFile(const QUrl& url);
+    /// The "Open Recent" entries, newest first: {title, url, enabled} maps, or one disabled
+    /// "No Recent Files" entry. Built afresh on every call, as the menu is on every opening.
+    Q_INVOKABLE QVariantList recentMenuEntries() const;
+    Q_INVOKABLE void toggleFullScreen();
+    /// Brings the main window to the front (for a later launch without files).
+    Q_INVOKABLE void raise();
+
+private:
+    static void useIconTheme();
+    void configureMainWindow();
+    void openInitialFiles();
+
+    std::unique_ptr<PlaybackEngine> m_engine;
+    std::unique_ptr<QQmlApplicationEngine> m_qml; // declared after the engine: destroyed first
+    QPointer<QQuickWindow> m_mainWindow;
+    MainWindowGeometry* m_geometry = nullptr;
+    QList<QUrl> m_pendingFiles;
+    bool m_windowHasDrawn = false;
+};
