@@ -23,20 +23,6 @@ using Kind = PlayerState::Kind;
 
 namespace {
 
-Qt::KeyboardModifiers qtModifiers(quint64 bits)
-{
-    Qt::KeyboardModifiers result;
-    if (bits & KeyModifier::command)
-        result |= Qt::ControlModifier;
-    if (bits & KeyModifier::control)
-        result |= Qt::MetaModifier;
-    if (bits & KeyModifier::option)
-        result |= Qt::AltModifier;
-    if (bits & KeyModifier::shift)
-        result |= Qt::ShiftModifier;
-    return result;
-}
-
 void storeBindings(const QByteArray& data)
 {
     Preferences().setData(KeyBindingManager::storageKey, data);
@@ -48,12 +34,15 @@ QString osdText(const PlaybackEngine& engine)
     return message ? message->text() : QString();
 }
 
-/// A main window that can take the keyboard focus, with a text field in it.
+/// A main window that can take the keyboard focus, with a text field in it, and a binding
+/// manager (without an engine) taking its keys.
 struct KeyWindow
 {
     QQmlEngine qml;
     QQuickWindow window;
     std::unique_ptr<QQuickItem> textField;
+    KeyBindingManager manager;
+    QSignalSpy triggered{&manager, &KeyBindingManager::actionTriggered};
 
     KeyWindow()
     {
@@ -66,6 +55,7 @@ struct KeyWindow
 
     bool showActive()
     {
+        manager.start(&window);
         window.show();
         window.requestActivate();
         return QTest::qWaitForWindowActive(&window);
@@ -178,15 +168,15 @@ private Q_SLOTS:
     {
         KeyWindow keys;
         QVERIFY(keys.showActive());
-        KeyBindingManager manager;
-        manager.start(&keys.window);
-        QSignalSpy triggered(&manager, &KeyBindingManager::actionTriggered);
+        KeyBindingManager& manager = keys.manager;
+        QSignalSpy& triggered = keys.triggered;
 
         for (const KeyBinding& binding : KeyBindings::defaults()) {
             const std::optional<int> qtKey = QtKeyTranslation::qtKey(binding.keyCode);
             QVERIFY2(qtKey, qPrintable(binding.displayString()));
             triggered.clear();
-            QTest::keyClick(&keys.window, Qt::Key(*qtKey), qtModifiers(binding.modifiers));
+            QTest::keyClick(&keys.window, Qt::Key(*qtKey),
+                            QtKeyTranslation::qtModifiers(binding.modifiers));
             QCOMPARE(triggered.size(), 1);
             QCOMPARE(triggered.first().first().value<PlayerAction>(), binding.action);
         }
@@ -208,9 +198,7 @@ private Q_SLOTS:
     {
         KeyWindow keys;
         QVERIFY(keys.showActive());
-        KeyBindingManager manager;
-        manager.start(&keys.window);
-        QSignalSpy triggered(&manager, &KeyBindingManager::actionTriggered);
+        QSignalSpy& triggered = keys.triggered;
 
         keys.press(Qt::Key_Right);
         keys.press(Qt::Key_Right, {}, true); // the first repeat passes
@@ -231,9 +219,7 @@ private Q_SLOTS:
     {
         KeyWindow keys;
         QVERIFY(keys.showActive());
-        KeyBindingManager manager;
-        manager.start(&keys.window);
-        QSignalSpy triggered(&manager, &KeyBindingManager::actionTriggered);
+        QSignalSpy& triggered = keys.triggered;
 
         keys.textField->forceActiveFocus();
         QTest::keyClick(&keys.window, Qt::Key_M);
