@@ -283,11 +283,15 @@ private Q_SLOTS:
         loadAndWait(*engine, fixtureUrl(QStringLiteral("audio-only.m4a")));
         QCOMPARE(engine->state().kind(), PlayerState::Kind::Playing);
         QCoro::waitFor(engine->seek(6.0));
+        // libmpv may still report a time from before the seek; wait until it has caught up.
+        QTRY_VERIFY_WITH_TIMEOUT(engine->currentTime() >= 6.0 && engine->currentTime() < 9.0, 5000);
         // Leaving the file records its place: the write fails quietly, the session remembers.
         loadAndWait(*engine, fixtureUrl(QStringLiteral("still.png")));
         loadAndWait(*engine, fixtureUrl(QStringLiteral("audio-only.m4a")));
         QCOMPARE(engine->state().kind(), PlayerState::Kind::Playing);
-        QVERIFY(qAbs(engine->currentTime() - 6.0) < 0.5);
+        // Resumed at 6 s (and playing on from there, however slowly this build runs).
+        QVERIFY2(engine->currentTime() > 5.5 && engine->currentTime() < 10.0,
+                 qPrintable(QString::number(engine->currentTime())));
         engine.reset();
         QVERIFY(lines.contains(QStringLiteral(
             "[DatabaseManager] setup failed: SQLite prepare: file is not a database")));
@@ -335,10 +339,15 @@ private Q_SLOTS:
             QProcess process;
             process.start(writer, {path, QString::number(run)});
             QVERIFY(process.waitForStarted());
-            QTest::qWait(80 + QRandomGenerator::global()->bounded(250));
+            // Kill it somewhere in its writing, however long this build takes to start up.
+            QByteArray output;
+            while (!output.contains("H ") && process.waitForReadyRead(10000))
+                output += process.readAllStandardOutput();
+            QTest::qWait(QRandomGenerator::global()->bounded(250));
             ::kill(pid_t(process.processId()), SIGKILL);
             QVERIFY(process.waitForFinished(5000));
-            for (const QByteArray& line : process.readAllStandardOutput().split('\n')) {
+            output += process.readAllStandardOutput();
+            for (const QByteArray& line : output.split('\n')) {
                 // A line cut short by the kill was never a complete report.
                 if (line.startsWith("H ") && line.endsWith(".mp4"))
                     committedUrls << QString::fromUtf8(line.mid(2));

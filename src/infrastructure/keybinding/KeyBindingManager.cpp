@@ -67,7 +67,9 @@ void KeyBindingManager::stop()
 
 bool KeyBindingManager::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == m_mainWindow && event->type() == QEvent::KeyPress &&
+    // The type test comes first: the window also sends events while it is being destroyed,
+    // when it can no longer be looked at as a window.
+    if (event->type() == QEvent::KeyPress && watched == m_mainWindow &&
         handleKeyEvent(*static_cast<QKeyEvent*>(event))) {
         event->accept();
         return true;
