@@ -96,7 +96,7 @@ private Q_SLOTS:
         QCOMPARE(player.engine->state().kind(), Kind::Playing);
 
         waitFor([&] { return player.engine->seek(9.5); });
-        QTRY_VERIFY_WITH_TIMEOUT(player.engine->isAtEnd(), 5000);
+        QTRY_VERIFY_WITH_TIMEOUT(player.engine->isAtEnd(), 30000);
         QCOMPARE(player.engine->state().kind(), Kind::Paused);
         QCOMPARE(player.engine->progress(), 1.0);
 

@@ -198,7 +198,7 @@ private Q_SLOTS:
 
         // At the end of the last item the engine stays paused at the end.
         QCoro::waitFor(engine->seek(engine->duration() - 0.3));
-        QTRY_VERIFY_WITH_TIMEOUT(engine->isAtEnd(), 5000);
+        QTRY_VERIFY_WITH_TIMEOUT(engine->isAtEnd(), 30000);
         QCOMPARE(engine->state().kind(), PlayerState::Kind::Paused);
         QCOMPARE(playlist.currentIndex(), 2);
 
