@@ -1,6 +1,7 @@
 // What each keyboard action does to the player.
 #include "core/engine/MPVDecoder.h"
 #include "core/engine/PlaybackEngine.h"
+#include "core/engine/PlayPauseToggle.h"
 #include "features/osd/OSDManager.h"
 #include "features/playback/ABLoopManager.h"
 #include "infrastructure/preferences/Preferences.h"
@@ -11,7 +12,6 @@ namespace {
 constexpr float kVolumeStep = 0.05f;
 constexpr double kAudioDelayStep = 0.1;
 constexpr double kMessageSeconds = 1.5;
-constexpr double kResumeMessageSeconds = 0.8;
 
 } // namespace
 
@@ -26,13 +26,7 @@ void KeyBindingManager::executeAction(PlayerAction action)
 
     switch (action) {
     case PlayerAction::togglePlayPause:
-        if (engine->state().kind() == PlayerState::Kind::Playing) {
-            engine->pause();
-            osd.show(OSDMessage::paused(), kMessageSeconds);
-        } else if (engine->state().kind() == PlayerState::Kind::Paused) {
-            engine->play();
-            osd.show(OSDMessage::playing(), kResumeMessageSeconds);
-        }
+        togglePlayPauseWithIndicator(*engine);
         break;
     case PlayerAction::seekForwardSmall:
         engine->seekRelative(preferences.seekSmallStep());
