@@ -17,7 +17,6 @@
 #include "MPVDecoder.h"
 #include "MPVProperties.h"
 
-#include <array>
 #include <QFileInfo>
 #include <QImageReader>
 #include <QMimeDatabase>
@@ -31,8 +30,6 @@ constexpr double kMessageSeconds = 1.5;
 constexpr double kResumeThresholdSeconds = 5.0;
 constexpr double kMaxAudioDelaySeconds = 5.0;
 constexpr int kHistoryLimit = 50;
-constexpr std::array<float, 9> kPlaybackRates = {0.25f, 0.5f, 0.75f, 1.0f, 1.25f,
-                                                 1.5f,  2.0f, 3.0f,  4.0f};
 
 bool isImageFile(const QUrl& url)
 {
@@ -416,13 +413,13 @@ void PlaybackEngine::setPlaybackRate(float rate)
 
 void PlaybackEngine::cyclePlaybackRate()
 {
-    const auto* found = std::find(kPlaybackRates.begin(), kPlaybackRates.end(), m_playbackRate);
-    if (found == kPlaybackRates.end()) {
+    const auto* found = std::find(playbackRates.begin(), playbackRates.end(), m_playbackRate);
+    if (found == playbackRates.end()) {
         setPlaybackRate(1.0f);
         return;
     }
     const auto* next = std::next(found);
-    setPlaybackRate(next == kPlaybackRates.end() ? kPlaybackRates.front() : *next);
+    setPlaybackRate(next == playbackRates.end() ? playbackRates.front() : *next);
 }
 
 // MARK: rotation, audio delay and per-file settings

@@ -6,6 +6,7 @@
 #include "infrastructure/preferences/Preferences.h"
 #include "SleepPreventer.h"
 
+#include <array>
 #include <memory>
 #include <optional>
 #include <QCoroTask>
@@ -128,6 +129,9 @@ public:
     void setVolume(float volume);
     Q_INVOKABLE void adjustVolume(float delta);
     void setIsMuted(bool muted);
+    /// The speeds `cyclePlaybackRate` steps through, slowest first.
+    static constexpr std::array<float, 9> playbackRates = {0.25f, 0.5f, 0.75f, 1.0f, 1.25f,
+                                                           1.5f,  2.0f, 3.0f,  4.0f};
     void setPlaybackRate(float rate);
     Q_INVOKABLE void cyclePlaybackRate();
 
