@@ -3,6 +3,7 @@
 #include "core/engine/PlaybackEngine.h"
 #include "features/playlist/PlaybackHistoryManager.h"
 #include "infrastructure/keybinding/KeyBindingManager.h"
+#include "infrastructure/system/NowPlayingManager.h"
 #include "MainWindowGeometry.h"
 #include "OpeningRule.h"
 
@@ -52,6 +53,10 @@ bool AppDelegate::start(const QList<QUrl>& files)
     m_engine->keyBindings()->start(m_mainWindow);
     connect(m_engine->keyBindings(), &KeyBindingManager::toggleFullScreenRequested, this,
             &AppDelegate::toggleFullScreen);
+    // The desktop's media controls may ask for the window, or hand over a file.
+    connect(m_engine->nowPlaying(), &NowPlayingManager::raiseRequested, this, &AppDelegate::raise);
+    connect(m_engine->nowPlaying(), &NowPlayingManager::openRequested, this,
+            [this](const QUrl& url) { openURLs({url}); });
     // libmpv needs its render context before a file starts, and that exists only once the
     // window has drawn.
     connect(m_mainWindow, &QQuickWindow::frameSwapped, this, &AppDelegate::openInitialFiles,

@@ -14,6 +14,7 @@
 #include "infrastructure/keybinding/KeyBindingManager.h"
 #include "infrastructure/persistence/DatabaseManager.h"
 #include "infrastructure/persistence/PerFileSettingsStore.h"
+#include "infrastructure/system/NowPlayingManager.h"
 #include "MPVDecoder.h"
 #include "MPVProperties.h"
 
@@ -49,6 +50,7 @@ PlaybackEngine::PlaybackEngine(QObject* parent)
     , m_abLoop(new ABLoopManager(this))
     , m_hdr(new HDRManager(this))
     , m_tracks(new TrackManager(this))
+    , m_nowPlaying(new NowPlayingManager(this))
     , m_decoder(new MPVDecoder(this))
     , m_keyBindings(new KeyBindingManager(this))
 {
@@ -58,6 +60,10 @@ PlaybackEngine::PlaybackEngine(QObject* parent)
     m_history = new PlaybackHistoryManager(database.db(), kHistoryLimit, this);
     m_bookmarks = new BookmarkManager(database.db(), this);
     m_perFileStore = std::make_unique<PerFileSettingsStore>(database.db());
+
+    m_nowPlaying->setEngine(this);
+    m_nowPlaying->setPlaybackState(NowPlayingManager::PlaybackState::Paused);
+    m_nowPlaying->setupRemoteCommands();
 
     m_decoder->setHDRManager(m_hdr);
     m_decoder->setTrackManager(m_tracks);
@@ -113,6 +119,7 @@ void PlaybackEngine::onPositionTick()
         return;
     setCurrentTime(m_decoder->currentTime());
     setDuration(m_decoder->duration());
+    m_nowPlaying->updateNowPlayingInfo(m_mediaTitle, m_currentTime, m_duration, m_playbackRate);
     if (const std::optional<double> loopStart = m_abLoop->shouldLoop(m_currentTime))
         seek(*loopStart);
 }
@@ -126,6 +133,7 @@ void PlaybackEngine::handlePlaybackDidEnd()
     setIsAtEnd(true);
     setState(PlayerState::Kind::Paused);
     m_sleepPreventer.allowSleep();
+    m_nowPlaying->setPlaybackState(NowPlayingManager::PlaybackState::Paused);
 }
 
 void PlaybackEngine::handleFileFailed(const QString& reason)
@@ -282,6 +290,7 @@ void PlaybackEngine::play()
     }
     setState(PlayerState::Kind::Playing);
     m_sleepPreventer.preventSleep();
+    m_nowPlaying->setPlaybackState(NowPlayingManager::PlaybackState::Playing);
 }
 
 void PlaybackEngine::pause()
@@ -291,6 +300,7 @@ void PlaybackEngine::pause()
     m_decoder->setMPVFlag(MPVName::pause, true);
     setState(PlayerState::Kind::Paused);
     m_sleepPreventer.allowSleep();
+    m_nowPlaying->setPlaybackState(NowPlayingManager::PlaybackState::Paused);
 }
 
 QCoro::Task<void> PlaybackEngine::seek(double seconds)

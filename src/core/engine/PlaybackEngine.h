@@ -29,6 +29,7 @@ class PlaylistManager;
 class FilterManager;
 class ABLoopManager;
 class KeyBindingManager;
+class NowPlayingManager;
 Q_MOC_INCLUDE("features/osd/OSDManager.h")
 Q_MOC_INCLUDE("features/track/TrackManager.h")
 Q_MOC_INCLUDE("features/hdr/HDRManager.h")
@@ -103,6 +104,7 @@ public:
     FilterManager* filters() const { return m_filters; }
     ABLoopManager* abLoop() const { return m_abLoop; }
     KeyBindingManager* keyBindings() const { return m_keyBindings; }
+    NowPlayingManager* nowPlaying() const { return m_nowPlaying; }
     const SleepPreventer& sleepPreventer() const { return m_sleepPreventer; }
 
     /// Opens a media or image file. A file libmpv cannot play ends in the error state.
@@ -227,6 +229,7 @@ private:
     ABLoopManager* m_abLoop;
     HDRManager* m_hdr;
     TrackManager* m_tracks;
+    NowPlayingManager* m_nowPlaying;
     SleepPreventer m_sleepPreventer;
     MPVDecoder* m_decoder;
     KeyBindingManager* m_keyBindings;
