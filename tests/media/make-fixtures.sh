@@ -22,6 +22,12 @@ ff -f lavfi -i "testsrc2=size=320x180:rate=25:duration=30" \
    -vf "$corners" -c:v libx264 -preset veryfast -pix_fmt yuv420p -g 25 \
    -c:a aac -b:a 64k -shortest clip30.mp4
 
+# A minute, tiny, for positions past the half-minute mark.
+ff -f lavfi -i "testsrc2=size=160x90:rate=10:duration=60" \
+   -f lavfi -i "sine=frequency=660:sample_rate=48000:duration=60" \
+   -c:v libx264 -preset veryfast -pix_fmt yuv420p -g 10 \
+   -c:a aac -b:a 32k -shortest clip60.mp4
+
 # One video, two audio tracks with their own languages and titles, one subtitle track.
 # (Named unlike the clip, so that libmpv's automatic subtitle search does not add it again.)
 cat > embedded-subtitles.srt <<'SRT'
