@@ -9,10 +9,14 @@
 
 #include <chrono>
 #include <clocale>
+#include <QCoroSignal>
 #include <QCoroTimer>
 #include <vector>
 
 namespace {
+
+constexpr std::chrono::milliseconds kSettlePause{100};
+constexpr std::chrono::milliseconds kLoadSettleTimeout{5000};
 
 const char* const kApiTypeOpenGL = MPV_RENDER_API_TYPE_OPENGL;
 
@@ -180,8 +184,17 @@ QCoro::Task<void> MPVDecoder::load(const QUrl& url)
     }
     mpv_free_node_contents(&result);
 
+    // Seeks, track and duration reads made before libmpv has opened the file are lost, and on
+    // a slow disk or a loaded machine opening takes longer than any fixed pause. So wait for the
+    // file itself (but not so long that a stalled stream hangs the load), then a short pause for
+    // the first reports of its playback to arrive, so they cannot overwrite a resume seek.
     QPointer<MPVDecoder> self(this);
-    co_await QCoro::sleepFor(std::chrono::milliseconds(100));
+    auto settled = qCoro(this, &MPVDecoder::fileSettled, kLoadSettleTimeout);
+    co_await settled;
+    if (!self)
+        co_return;
+    QCoro::Task<void> pause = QCoro::sleepFor(kSettlePause);
+    co_await pause;
     if (!self)
         co_return;
     if (const auto duration = MPVProperty::readDouble(m_mpv, MPVName::duration))
@@ -401,6 +414,7 @@ void MPVDecoder::applyPropertyChange(const MPVPropertyChange& change)
 
 void MPVDecoder::applyFileLoaded()
 {
+    Q_EMIT fileSettled();
     if (!m_trackManager)
         return;
     m_trackManager->updateTracks(getTrackList());
@@ -414,6 +428,8 @@ void MPVDecoder::applyEndFile(int reason, int error, qint64 entryId)
 {
     m_isPlaying = false;
     // An error for an entry other than the latest one belongs to a file already replaced.
-    if (reason == MPV_END_FILE_REASON_ERROR && entryId == m_currentEntryId)
+    if (reason == MPV_END_FILE_REASON_ERROR && entryId == m_currentEntryId) {
+        Q_EMIT fileSettled();
         Q_EMIT fileFailed(mpvErrorText(error));
+    }
 }

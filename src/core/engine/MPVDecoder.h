@@ -40,7 +40,8 @@ public:
     /// The client handle, or null when mpv_create failed.
     mpv_handle* handle() const { return m_mpv; }
 
-    /// Opens a file: "loadfile" with its path, a 100 ms pause, then a duration read.
+    /// Opens a file: "loadfile" with its path, a wait until libmpv has opened it (or given up;
+    /// at most a few seconds) and 100 ms more, then a duration read.
     /// Throws MPVError when there is no handle or the command fails. libmpv opens files
     /// asynchronously, so a file it cannot play is reported later through `fileFailed`.
     QCoro::Task<void> load(const QUrl& url);
@@ -101,6 +102,8 @@ Q_SIGNALS:
     void renderUpdate();
     /// GUI thread: libmpv gave up on the file of the latest `load`; `reason` is libmpv's text.
     void fileFailed(const QString& reason);
+    /// GUI thread: libmpv finished opening a file, or gave up on the latest one.
+    void fileSettled();
 
 private:
     friend class MPVEventPump;
