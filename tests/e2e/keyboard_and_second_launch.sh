@@ -47,8 +47,17 @@ expect_line "[MPVDecoder] Render context created successfully"
 sleep 1.5 # the file is playing
 xdotool windowfocus --sync "$window"
 
+# The desktop's media controls see the same state over MPRIS.
+status() { playerctl -p velmarplayer status 2>/dev/null || true; }
+expect_status() {
+  for _ in $(seq 50); do [ "$(status)" = "$1" ] && return 0; sleep 0.1; done
+  fail "MPRIS status is \"$(status)\", not $1"
+}
+
 press space "Paused"
+expect_status Paused
 press space "Playing"
+expect_status Playing
 press Right " / 00:30"
 press Down "Volume: 95%"
 press Up "Volume: 100%"
