@@ -28,11 +28,13 @@ class PlaylistManager;
 class FilterManager;
 class ABLoopManager;
 class KeyBindingManager;
+class ThumbnailGenerator;
 Q_MOC_INCLUDE("features/osd/OSDManager.h")
 Q_MOC_INCLUDE("features/track/TrackManager.h")
 Q_MOC_INCLUDE("features/hdr/HDRManager.h")
 Q_MOC_INCLUDE("core/model/WindowState.h")
 Q_MOC_INCLUDE("infrastructure/keybinding/KeyBindingManager.h")
+Q_MOC_INCLUDE("features/thumbnail/ThumbnailGenerator.h")
 
 /// The player's single controller: owns the decoder and the managers, publishes the observable
 /// playback state the UI binds to and implements every user-level operation.
@@ -66,6 +68,7 @@ class PlaybackEngine : public QObject
     Q_PROPERTY(HDRManager* hdr READ hdr CONSTANT)
     Q_PROPERTY(WindowState* windowState READ windowState CONSTANT)
     Q_PROPERTY(KeyBindingManager* keyBindings READ keyBindings CONSTANT)
+    Q_PROPERTY(ThumbnailGenerator* thumbnails READ thumbnails CONSTANT)
 
 public:
     explicit PlaybackEngine(QObject* parent = nullptr);
@@ -102,6 +105,7 @@ public:
     FilterManager* filters() const { return m_filters; }
     ABLoopManager* abLoop() const { return m_abLoop; }
     KeyBindingManager* keyBindings() const { return m_keyBindings; }
+    ThumbnailGenerator* thumbnails() const { return m_thumbnails; }
     const SleepPreventer& sleepPreventer() const { return m_sleepPreventer; }
 
     /// Opens a media or image file. A file libmpv cannot play ends in the error state.
@@ -223,6 +227,7 @@ private:
     ABLoopManager* m_abLoop;
     HDRManager* m_hdr;
     TrackManager* m_tracks;
+    ThumbnailGenerator* m_thumbnails;
     SleepPreventer m_sleepPreventer;
     MPVDecoder* m_decoder;
     KeyBindingManager* m_keyBindings;
