@@ -181,7 +181,9 @@ private Q_SLOTS:
         ThumbnailGenerator generator;
         generator.setup(fixtureUrl(QStringLiteral("clip30.mp4")), 0);
         QSignalSpy stored(&generator, &ThumbnailGenerator::cacheChanged);
+        QSignalSpy requested(&generator, &ThumbnailGenerator::thumbnailRequested);
         generator.thumbnail(12.9);
+        generator.thumbnail(12.1); // the same bucket, its grab still in flight
         QTRY_COMPARE_WITH_TIMEOUT(generator.cachedCount(), 1, kTimeoutMs);
         const QImage six = generator.cachedThumbnail(6);
         QVERIFY(sameImage(generator.thumbnail(12.9), six));
@@ -200,6 +202,9 @@ private Q_SLOTS:
 
         finishBackgroundWork();
         QCOMPARE(stored.count(), 2);
+        QCOMPARE(requested.count(), 2);
+        QCOMPARE(requested.at(0).at(0).toLongLong(), 6);
+        QCOMPARE(requested.at(1).at(0).toLongLong(), 5);
     }
 
     void aFailedGrabIsAskedForAgainLater()

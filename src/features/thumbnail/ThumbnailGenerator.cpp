@@ -112,7 +112,10 @@ QCoro::Task<> ThumbnailGenerator::walkTimeline(QList<double> times)
         if (m_cache.contains(key))
             continue;
 
-        const GrabResult grabbed = co_await grabInBackground(path, session, seconds);
+        // Futures are named before they are awaited: GCC 12 destroys temporaries of a co_await
+        // operand twice.
+        QFuture<GrabResult> grab = grabInBackground(path, session, seconds);
+        const GrabResult grabbed = co_await grab;
         if (!self || m_epoch != epoch)
             co_return;
         // A file that cannot be opened now will not open at the next step either.
@@ -122,7 +125,8 @@ QCoro::Task<> ThumbnailGenerator::walkTimeline(QList<double> times)
         if (!grabbed.image.isNull())
             insertThumbnail(key, grabbed.image);
 
-        co_await QCoro::sleepFor(kWalkPause);
+        QCoro::Task<> pause = QCoro::sleepFor(kWalkPause);
+        co_await pause;
     }
 }
 
@@ -148,7 +152,9 @@ QCoro::Task<> ThumbnailGenerator::serveRequests()
     while (!m_requests.isEmpty()) {
         const Request request = m_requests.takeLast();
         if (!m_cache.contains(request.key)) {
-            const GrabResult grabbed = co_await grabInBackground(path, session, request.seconds);
+            Q_EMIT thumbnailRequested(request.key);
+            QFuture<GrabResult> grab = grabInBackground(path, session, request.seconds);
+            const GrabResult grabbed = co_await grab;
             if (!self || m_epoch != epoch)
                 co_return;
             session = grabbed.session;

@@ -57,6 +57,8 @@ Q_SIGNALS:
     /// A picture was stored (or all were forgotten). The seek bar asks again and finds it.
     void cacheChanged();
     void lastImageChanged();
+    /// A grab for a bucket `thumbnail` asked for has started; at most one per bucket at a time.
+    void thumbnailRequested(qint64 key);
 
 private:
     struct Request
