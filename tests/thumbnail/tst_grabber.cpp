@@ -153,6 +153,9 @@ private Q_SLOTS:
         const Picture atKey = extract(path, 240, 3.0);
         QCOMPARE(extract(path, 240, 3.9).rgba, atKey.rgba);
         QVERIFY(extract(path, 240, 4.0).rgba != atKey.rgba);
+
+        // Counted from the file's first time stamp, not from zero.
+        QCOMPARE(extract(fixturePath(QStringLiteral("late-start.mkv")), 240, 3.0).rgba, atKey.rgba);
     }
 
     void unusableInputGivesNoPicture_data()

@@ -33,8 +33,9 @@ typedef struct VelmarFrame
     int32_t height;
 } VelmarFrame;
 
-/* Grabs one frame of the file at path near timeSeconds, at most maxWidth pixels wide (values
- * below 1 mean no limit). A scaled frame keeps its aspect ratio with an even height.
+/* Grabs one frame of the file at path near timeSeconds (counted from the file's first time stamp,
+ * as the player counts), at most maxWidth pixels wide (values below 1 mean no limit). A scaled
+ * frame keeps its aspect ratio with an even height.
  * Stateless: opens and closes the file on every call, and may be called from any number of
  * threads at once. */
 VelmarFrame velmar_extract_frame(const char* path, int32_t maxWidth, double timeSeconds);
