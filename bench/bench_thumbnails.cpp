@@ -56,7 +56,10 @@ QString longFixture(const QString& directory)
     if (QFileInfo::exists(path))
         return path;
     QDir().mkpath(directory);
+    // Made under other names and renamed at the end, so that an interrupted run leaves no
+    // half-written file behind to be taken for the fixture next time.
     const QString part = directory + QStringLiteral("/part-480p.mp4");
+    const QString unfinished = directory + QStringLiteral("/unfinished-long-480p.mp4");
     std::printf("Making %s (once)...\n", qPrintable(path));
     std::fflush(stdout);
     const bool made =
@@ -67,13 +70,11 @@ QString longFixture(const QString& directory)
                   << part) &&
         runFFmpeg(words("-stream_loop -1 -i")
                   << part << QStringLiteral("-t") << QString::number(kDuration) << words("-c copy")
-                  << path);
+                  << unfinished) &&
+        QFile::rename(unfinished, path);
     QFile::remove(part);
-    if (!made) {
-        QFile::remove(path);
-        return QString();
-    }
-    return path;
+    QFile::remove(unfinished);
+    return made ? path : QString();
 }
 
 struct Summary
