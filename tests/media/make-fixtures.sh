@@ -64,3 +64,19 @@ ff -f lavfi -i "testsrc2=size=320x180:rate=25:duration=3" \
 # Broken input: nothing at all, and an MP4 cut off before its index.
 : > empty.mp4
 head -c 4096 clip10.mp4 > truncated.mp4
+
+# Frame sizes for the thumbnail grabber: full HD, a wide film frame, and a small frame with an
+# odd height (4:4:4, since 4:2:0 needs even sizes).
+ff -f lavfi -i "testsrc2=size=1920x1080:rate=5:duration=1" \
+   -vf "$corners" -c:v libx264 -preset ultrafast -pix_fmt yuv420p full-hd.mp4
+ff -f lavfi -i "testsrc2=size=1920x800:rate=5:duration=1" \
+   -vf "$corners" -c:v libx264 -preset ultrafast -pix_fmt yuv420p wide.mp4
+ff -f lavfi -i "testsrc2=size=200x151:rate=5:duration=6,format=yuv444p" \
+   -vf "$corners" -c:v ffv1 -g 5 odd.mkv
+
+# clip10's pictures with time stamps starting at 100 s, as in a broadcast recording. Times count
+# from the start of the file, as the player shows them.
+ff -i clip10.mp4 -map 0:v -c copy -output_ts_offset 100 late-start.mkv
+
+# The reference tool's thumbnail of clip10's key frame at 3 s, as raw RGBA rows.
+ff -ss 3 -i clip10.mp4 -frames:v 1 -vf scale=240:-2 -pix_fmt rgba -f rawvideo clip10-3s-240.rgba

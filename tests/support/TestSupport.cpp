@@ -12,6 +12,7 @@
 #include <QCoroTask>
 #include <QStandardPaths>
 #include <QTemporaryFile>
+#include <QThreadPool>
 #include <unistd.h>
 
 namespace velmar::test {
@@ -119,6 +120,19 @@ void pinGraphicsDrivers()
 
 } // namespace
 
+void finishBackgroundWork()
+{
+    // A finished grab resumes its coroutine through an event, and a walk pauses 100 ms on a
+    // timer before it notices that its generator is gone, so the event loop must turn for a while.
+    QThreadPool* pool = QThreadPool::globalInstance();
+    for (int round = 0; round < 20; ++round) {
+        pool->waitForDone();
+        QTest::qWait(150);
+        if (pool->activeThreadCount() == 0)
+            return;
+    }
+}
+
 int runTests(QObject* testObject, int argc, char** argv)
 {
     AppDelegate::prepareGraphics();
@@ -127,6 +141,9 @@ int runTests(QObject* testObject, int argc, char** argv)
     QGuiApplication::setOrganizationName(QStringLiteral("VelmarPlayer"));
     QStandardPaths::setTestModeEnabled(true);
     const int failures = QTest::qExec(testObject, argc, argv);
+    // Coroutines still waiting when the application object goes would never be resumed, and
+    // LeakSanitizer would report what they hold.
+    finishBackgroundWork();
     pinGraphicsDrivers();
     return failures;
 }

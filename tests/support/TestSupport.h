@@ -58,6 +58,10 @@ QStringList printedLines(const std::function<void()>& operation);
 /// Loads a file through the engine and waits for the load coroutine to finish.
 void loadAndWait(PlaybackEngine& engine, const QUrl& url);
 
+/// Lets background work that tests left running end: grabs on the global thread pool, the
+/// coroutines that resume when they finish, and walks pausing between grabs.
+void finishBackgroundWork();
+
 int runTests(QObject* testObject, int argc, char** argv);
 
 } // namespace velmar::test

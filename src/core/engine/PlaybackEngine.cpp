@@ -10,6 +10,7 @@
 #include "features/playback/ABLoopManager.h"
 #include "features/playlist/PlaybackHistoryManager.h"
 #include "features/playlist/PlaylistManager.h"
+#include "features/thumbnail/ThumbnailGenerator.h"
 #include "features/track/TrackManager.h"
 #include "infrastructure/keybinding/KeyBindingManager.h"
 #include "infrastructure/persistence/DatabaseManager.h"
@@ -51,6 +52,7 @@ PlaybackEngine::PlaybackEngine(QObject* parent)
     , m_hdr(new HDRManager(this))
     , m_tracks(new TrackManager(this))
     , m_nowPlaying(new NowPlayingManager(this))
+    , m_thumbnails(new ThumbnailGenerator(this))
     , m_decoder(new MPVDecoder(this))
     , m_keyBindings(new KeyBindingManager(this))
 {
@@ -198,6 +200,7 @@ QCoro::Task<void> PlaybackEngine::load(QUrl url)
     pushVolumeAndMute();
     setDuration(m_decoder->duration());
     m_playlist->updateCurrentDuration(m_duration);
+    m_thumbnails->setup(url, m_duration);
 
     const std::optional<double> resumeAt = m_history->resumePosition(url);
     if (resumeAt && *resumeAt > kResumeThresholdSeconds) {

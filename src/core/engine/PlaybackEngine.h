@@ -30,11 +30,13 @@ class FilterManager;
 class ABLoopManager;
 class KeyBindingManager;
 class NowPlayingManager;
+class ThumbnailGenerator;
 Q_MOC_INCLUDE("features/osd/OSDManager.h")
 Q_MOC_INCLUDE("features/track/TrackManager.h")
 Q_MOC_INCLUDE("features/hdr/HDRManager.h")
 Q_MOC_INCLUDE("core/model/WindowState.h")
 Q_MOC_INCLUDE("infrastructure/keybinding/KeyBindingManager.h")
+Q_MOC_INCLUDE("features/thumbnail/ThumbnailGenerator.h")
 
 /// The player's single controller: owns the decoder and the managers, publishes the observable
 /// playback state the UI binds to and implements every user-level operation.
@@ -68,6 +70,7 @@ class PlaybackEngine : public QObject
     Q_PROPERTY(HDRManager* hdr READ hdr CONSTANT)
     Q_PROPERTY(WindowState* windowState READ windowState CONSTANT)
     Q_PROPERTY(KeyBindingManager* keyBindings READ keyBindings CONSTANT)
+    Q_PROPERTY(ThumbnailGenerator* thumbnails READ thumbnails CONSTANT)
 
 public:
     explicit PlaybackEngine(QObject* parent = nullptr);
@@ -105,6 +108,7 @@ public:
     ABLoopManager* abLoop() const { return m_abLoop; }
     KeyBindingManager* keyBindings() const { return m_keyBindings; }
     NowPlayingManager* nowPlaying() const { return m_nowPlaying; }
+    ThumbnailGenerator* thumbnails() const { return m_thumbnails; }
     const SleepPreventer& sleepPreventer() const { return m_sleepPreventer; }
 
     /// Opens a media or image file. A file libmpv cannot play ends in the error state.
@@ -230,6 +234,7 @@ private:
     HDRManager* m_hdr;
     TrackManager* m_tracks;
     NowPlayingManager* m_nowPlaying;
+    ThumbnailGenerator* m_thumbnails;
     SleepPreventer m_sleepPreventer;
     MPVDecoder* m_decoder;
     KeyBindingManager* m_keyBindings;
