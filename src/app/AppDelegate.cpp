@@ -1,11 +1,16 @@
 #include "AppDelegate.h"
 
-#include "core/engine/PlaybackEngine.h"
+#include "base/StartupTrace.h"
+
+#include "engine/PlaybackEngine.h"
 #include "features/playlist/PlaybackHistoryManager.h"
 #include "infrastructure/keybinding/KeyBindingManager.h"
 #include "infrastructure/system/NowPlayingManager.h"
+#include "KeyDispatch.h"
 #include "MainWindowGeometry.h"
 #include "OpeningRule.h"
+#include "Player.h"
+#include "UserCommands.h"
 
 #include <QGuiApplication>
 #include <QIcon>
@@ -27,9 +32,36 @@ void AppDelegate::prepareGraphics()
         qputenv("QSG_RENDER_LOOP", "threaded");
 }
 
-AppDelegate::AppDelegate()
-    : m_engine(std::make_unique<PlaybackEngine>())
-{}
+AppDelegate::AppDelegate(const QString& libraryPath)
+    : m_player(std::make_unique<Player>(libraryPath))
+{
+    connect(&m_player->keyDispatch(), &KeyDispatch::fullScreenToggleRequested, this,
+            &AppDelegate::toggleFullScreen);
+    // The desktop's media controls may ask for the window, or hand over a file.
+    connect(&m_player->nowPlaying(), &NowPlayingManager::raiseRequested, this, &AppDelegate::raise);
+    connect(&m_player->nowPlaying(), &NowPlayingManager::openRequested, this,
+            [this](const QUrl& url) { openURLs({url}); });
+}
+
+PlaybackEngine* AppDelegate::engine() const
+{
+    return &m_player->engine();
+}
+
+UserCommands* AppDelegate::commands() const
+{
+    return &m_player->commands();
+}
+
+ControlStrip* AppDelegate::controlStrip() const
+{
+    return &m_player->controlStrip();
+}
+
+KeyBindingManager* AppDelegate::keyBindings() const
+{
+    return &m_player->keyBindings();
+}
 
 AppDelegate::~AppDelegate() = default;
 
@@ -40,7 +72,8 @@ bool AppDelegate::start(const QList<QUrl>& files)
     useIconTheme();
     m_qml = std::make_unique<QQmlApplicationEngine>();
     m_qml->addImportPath(QStringLiteral("qrc:/qt/qml"));
-    m_qml->setInitialProperties({{QStringLiteral("engine"), QVariant::fromValue(m_engine.get())},
+    m_qml->setInitialProperties({{QStringLiteral("engine"), QVariant::fromValue(engine())},
+                                 {QStringLiteral("commands"), QVariant::fromValue(commands())},
                                  {QStringLiteral("app"), QVariant::fromValue(this)}});
     m_qml->load(QUrl(QStringLiteral("qrc:/qt/qml/Velmar/Main.qml")));
     if (m_qml->rootObjects().isEmpty())
@@ -50,17 +83,11 @@ bool AppDelegate::start(const QList<QUrl>& files)
         return false;
 
     configureMainWindow();
-    m_engine->keyBindings()->start(m_mainWindow);
-    connect(m_engine->keyBindings(), &KeyBindingManager::toggleFullScreenRequested, this,
-            &AppDelegate::toggleFullScreen);
-    // The desktop's media controls may ask for the window, or hand over a file.
-    connect(m_engine->nowPlaying(), &NowPlayingManager::raiseRequested, this, &AppDelegate::raise);
-    connect(m_engine->nowPlaying(), &NowPlayingManager::openRequested, this,
-            [this](const QUrl& url) { openURLs({url}); });
-    // libmpv needs its render context before a file starts, and that exists only once the
-    // window has drawn.
-    connect(m_mainWindow, &QQuickWindow::frameSwapped, this, &AppDelegate::openInitialFiles,
-            Qt::SingleShotConnection);
+    m_player->keyBindings().start(m_mainWindow);
+    // libmpv needs its render context before a file starts. The video item creates it in the
+    // window's first scene sync, so the file can start while that first frame is still drawn.
+    connect(m_mainWindow, &QQuickWindow::afterSynchronizing, this, &AppDelegate::openInitialFiles,
+            static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::SingleShotConnection));
     return true;
 }
 
@@ -76,7 +103,7 @@ void AppDelegate::configureMainWindow()
 {
     m_mainWindow->setColor(Qt::black);
     m_mainWindow->setMinimumSize(QSize(480, 270));
-    m_geometry = new MainWindowGeometry(m_mainWindow, m_engine->windowState(), this);
+    m_geometry = new MainWindowGeometry(m_mainWindow, engine()->windowState(), this);
 }
 
 QStringList AppDelegate::openNameFilters() const
@@ -87,7 +114,21 @@ QStringList AppDelegate::openNameFilters() const
 void AppDelegate::openInitialFiles()
 {
     m_windowHasDrawn = true;
-    openURLs(std::exchange(m_pendingFiles, {}));
+    velmar::traceStartup("window ready for video");
+    const QList<QUrl> files = std::exchange(m_pendingFiles, {});
+    openURLs(files);
+    // What the first picture does not need waits until it is up (or the file failed): the
+    // library's clean-up and the desktop services would compete with it for the processor.
+    if (files.isEmpty())
+        return m_player->startDesktopServices();
+    auto* waiting = new QObject(this);
+    connect(engine(), &PlaybackEngine::stateChanged, waiting, [this, waiting] {
+        if (engine()->state().kind() == PlayerState::Kind::Loading)
+            return;
+        waiting->deleteLater();
+        disconnect(engine(), nullptr, waiting, nullptr);
+        m_player->startDesktopServices();
+    });
 }
 
 void AppDelegate::openURLs(const QList<QUrl>& urls)
@@ -96,19 +137,28 @@ void AppDelegate::openURLs(const QList<QUrl>& urls)
         m_pendingFiles = urls; // a later request before the first frame replaces the earlier
         return;
     }
-    OpeningRule::open(m_engine.get(), urls); // runs on by itself; nothing waits for it
+    OpeningRule::open(engine(), commands(), urls); // runs on by itself; nothing waits for it
+}
+
+bool AppDelegate::dropURLs(QList<QUrl> urls)
+{
+    urls.removeIf([](const QUrl& url) { return !url.isLocalFile(); });
+    if (urls.isEmpty())
+        return false;
+    openURLs(urls);
+    return true;
 }
 
 void AppDelegate::openRecentFile(const QUrl& url)
 {
     if (!url.isEmpty())
-        m_engine->open(url);
+        engine()->open(url);
 }
 
 QVariantList AppDelegate::recentMenuEntries() const
 {
     QVariantList entries;
-    for (const PlaybackRecord& record : m_engine->history()->recentRecords(kRecentFileCount)) {
+    for (const PlaybackRecord& record : engine()->history()->recentRecords(kRecentFileCount)) {
         entries << QVariantMap{{QStringLiteral("title"), record.title},
                                {QStringLiteral("url"), record.videoURL},
                                {QStringLiteral("enabled"), true}};

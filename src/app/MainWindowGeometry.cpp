@@ -1,8 +1,12 @@
 #include "MainWindowGeometry.h"
 
-#include "core/model/WindowState.h"
+#include "features/window/WindowState.h"
 
 #include <QWindow>
+
+namespace {
+constexpr int kSettleMs = 300;
+} // namespace
 
 MainWindowGeometry::MainWindowGeometry(QWindow* window, WindowState* state, QObject* parent)
     : QObject(parent)
@@ -11,10 +15,42 @@ MainWindowGeometry::MainWindowGeometry(QWindow* window, WindowState* state, QObj
 {
     if (const std::optional<QRectF> saved = m_state->loadSavedFrame())
         m_window->setGeometry(saved->toRect());
+    m_lastWindowedFrame = m_window->geometry();
 
+    m_settle.setSingleShot(true);
+    m_settle.setInterval(kSettleMs);
+    connect(&m_settle, &QTimer::timeout, this, &MainWindowGeometry::saveSettledFrame);
     for (auto changed :
          {&QWindow::xChanged, &QWindow::yChanged, &QWindow::widthChanged, &QWindow::heightChanged})
-        connect(m_window, changed, this, &MainWindowGeometry::saveFrame);
+        connect(m_window, changed, &m_settle, qOverload<>(&QTimer::start));
+    connect(m_window, &QWindow::visibilityChanged, this, &MainWindowGeometry::followVisibility);
+}
+
+bool MainWindowGeometry::isWindowed() const
+{
+    const QWindow::Visibility visibility = m_window->visibility();
+    return visibility != QWindow::FullScreen && visibility != QWindow::Hidden;
+}
+
+void MainWindowGeometry::followVisibility()
+{
+    if (!m_window || !m_state)
+        return;
+    const bool fullScreen = m_window->visibility() == QWindow::FullScreen;
+    if (fullScreen && !m_state->isFullscreen()) {
+        // The frame to return to is the last one that settled before the switch.
+        m_settle.stop();
+        m_state->setPriorWindowedFrame(QRectF(m_lastWindowedFrame));
+    }
+    m_state->setIsFullscreen(fullScreen);
+}
+
+void MainWindowGeometry::saveSettledFrame()
+{
+    if (!m_window || !m_state || m_state->isFullscreen() || !isWindowed())
+        return;
+    m_lastWindowedFrame = m_window->geometry();
+    m_state->saveFrame(QRectF(m_lastWindowedFrame));
 }
 
 void MainWindowGeometry::toggleFullScreen()
@@ -29,9 +65,9 @@ void MainWindowGeometry::enterFullScreen()
 {
     if (!m_window || m_state->isFullscreen())
         return;
-    m_state->setPriorWindowedFrame(QRectF(m_window->geometry()));
-    // Set first: the geometry changes of the switch itself must not become the saved frame.
-    m_state->setIsFullscreen(true);
+    if (m_settle.isActive()) // a move still settling is the frame to come back to
+        saveSettledFrame();
+    m_state->setPriorWindowedFrame(QRectF(m_lastWindowedFrame));
     m_window->showFullScreen();
 }
 
@@ -46,14 +82,4 @@ void MainWindowGeometry::exitFullScreen()
         target = saved->toRect();
     m_window->showNormal();
     m_window->setGeometry(target);
-    m_state->setIsFullscreen(false);
-}
-
-void MainWindowGeometry::saveFrame()
-{
-    if (!m_window || !m_state || m_state->isFullscreen())
-        return;
-    if (m_window->visibility() == QWindow::FullScreen || m_window->visibility() == QWindow::Hidden)
-        return;
-    m_state->saveFrame(QRectF(m_window->geometry()));
 }

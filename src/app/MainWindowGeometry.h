@@ -3,13 +3,16 @@
 #include <QObject>
 #include <QPointer>
 #include <QRect>
+#include <QTimer>
 
 class QWindow;
 class WindowState;
 
-/// Keeps the main window's frame: restores the saved frame when attached, saves every move and
-/// resize made outside full screen, and switches full screen, returning to the frame the window
-/// had before (or the saved one, or 200,200 1280x720). Frames are Qt window geometry. GUI thread.
+/// Keeps the main window's frame: restores the saved frame when attached, saves it once a move
+/// or resize outside full screen has settled, and switches full screen, returning to the frame
+/// the window had before (or the saved one, or 200,200 1280x720). Full screen follows the
+/// window itself, whoever switched it (the player, the window manager's button or shortcut).
+/// Frames are Qt window geometry. GUI thread only.
 class MainWindowGeometry : public QObject
 {
     Q_OBJECT
@@ -24,8 +27,14 @@ public:
     void exitFullScreen();
 
 private:
-    void saveFrame();
+    bool isWindowed() const;
+    void followVisibility();
+    void saveSettledFrame();
 
     QPointer<QWindow> m_window;
     QPointer<WindowState> m_state;
+    // Moves settle before they are saved: a switch to full screen moves the window first and
+    // says so only afterwards, and a drag is one change, not hundreds.
+    QTimer m_settle;
+    QRect m_lastWindowedFrame;
 };

@@ -1,19 +1,45 @@
 #include "OpeningRule.h"
 
-#include "core/engine/PlaybackEngine.h"
-#include "features/playlist/MediaExtensions.h"
+#include "engine/PlaybackEngine.h"
 #include "features/playlist/PlaylistManager.h"
+#include "model/MediaExtensions.h"
+#include "UserCommands.h"
 
 #include <algorithm>
+#include <QCoroFuture>
 #include <QFileInfo>
+#include <QtConcurrent/QtConcurrentRun>
 
 namespace OpeningRule {
 
 namespace {
 
-bool isFolder(const QUrl& url)
+struct Sorted
 {
-    return url.isLocalFile() && QFileInfo(url.toLocalFile()).isDir();
+    QList<QUrl> folders;
+    QList<QUrl> files;
+    QList<QUrl> subtitles;
+    QList<QUrl> items; // folders and files, in the order given
+};
+
+/// Looks at the items on the thread pool: a folder on a network share may take a while to
+/// answer.
+Sorted sort(const QList<QUrl>& urls)
+{
+    Sorted sorted;
+    for (const QUrl& url : urls) {
+        const QFileInfo info(url.toLocalFile());
+        if (url.isLocalFile() && info.isDir()) {
+            sorted.folders << url;
+            sorted.items << url;
+        } else if (MediaExtensions::subtitle.contains(info.suffix().toLower())) {
+            sorted.subtitles << url;
+        } else {
+            sorted.files << url;
+            sorted.items << url;
+        }
+    }
+    return sorted;
 }
 
 QString patterns(const QSet<QString>& extensions)
@@ -25,47 +51,80 @@ QString patterns(const QSet<QString>& extensions)
     return sorted.join(QLatin1Char(' '));
 }
 
-} // namespace
-
-QCoro::Task<void> open(QPointer<PlaybackEngine> engine, QList<QUrl> urls)
+/// Plays the folders and files of the set; true when one of them was loaded.
+QCoro::Task<bool> openItems(QPointer<PlaybackEngine> engine, QPointer<UserCommands> commands,
+                            Sorted sorted)
 {
-    if (!engine || urls.isEmpty())
-        co_return;
-
-    if (urls.size() == 1 && !isFolder(urls.constFirst())) {
-        QCoro::Task<void> loading = engine->load(urls.constFirst());
+    if (sorted.items.size() == 1 && sorted.files.size() == 1) {
+        QCoro::Task<void> loading = engine->load(sorted.files.constFirst());
         co_await loading;
-        co_return;
+        co_return true;
     }
 
     PlaylistManager* playlist = engine->playlist();
-    if (urls.size() == 1) {
+    if (sorted.items.size() == 1) {
+        const QUrl folder = sorted.folders.constFirst();
         playlist->clear();
-        QCoro::Task<void> scan = playlist->addFolder(urls.constFirst());
-        co_await scan;
-        if (!engine)
-            co_return;
+        QCoro::Task<bool> scanning = playlist->addFolder(folder);
+        const bool added = co_await scanning;
+        if (!engine || !commands || !added)
+            co_return false; // a later request took over the playlist meanwhile
+        if (playlist->items().isEmpty()) {
+            commands->say(QStringLiteral("No videos in \u201c%1\u201d")
+                              .arg(QFileInfo(folder.toLocalFile()).fileName()));
+            co_return false;
+        }
     } else {
-        urls.removeIf(isFolder);
-        if (urls.isEmpty())
-            co_return;
+        if (sorted.files.isEmpty())
+            co_return false;
         playlist->clear();
-        for (const QUrl& url : std::as_const(urls))
+        for (const QUrl& url : sorted.files)
             playlist->add(url);
     }
-    if (const std::optional<QUrl> first = playlist->play(0)) {
-        QCoro::Task<void> loading = engine->load(*first);
-        co_await loading;
+    const std::optional<QUrl> first = playlist->play(0);
+    if (!first)
+        co_return false;
+    QCoro::Task<void> loading = engine->load(*first);
+    co_await loading;
+    co_return true;
+}
+
+} // namespace
+
+QCoro::Task<void> open(QPointer<PlaybackEngine> engine, QPointer<UserCommands> commands,
+                       QList<QUrl> urls)
+{
+    if (!engine || !commands || urls.isEmpty())
+        co_return;
+    const quint64 ticket = engine->playlist()->cancelPendingScans();
+    QFuture<Sorted> sorting = QtConcurrent::run(sort, urls);
+    const Sorted sorted = co_await sorting;
+    if (!engine || !commands || !engine->playlist()->isCurrent(ticket))
+        co_return; // gone, or a later request took over while this one looked at the disk
+
+    if (sorted.items.isEmpty()) {
+        if (engine->state().isActive())
+            commands->addSubtitles(sorted.subtitles);
+        else
+            commands->say(QStringLiteral("Open a video to add subtitles to"));
+        co_return;
     }
+    QCoro::Task<bool> opening = openItems(engine, commands, sorted);
+    const bool opened = co_await opening;
+    // Subtitles that come with videos belong to the video that now plays, not the one before.
+    if (opened && engine && commands && !sorted.subtitles.isEmpty() &&
+        engine->playlist()->isCurrent(ticket) && engine->state().isActive())
+        commands->addSubtitles(sorted.subtitles);
 }
 
 QStringList nameFilters()
 {
-    QSet<QString> playable = MediaExtensions::video;
-    playable.unite(MediaExtensions::image);
-    return {QStringLiteral("Videos and images (%1)").arg(patterns(playable)),
+    QSet<QString> openable = MediaExtensions::video;
+    openable.unite(MediaExtensions::image).unite(MediaExtensions::subtitle);
+    return {QStringLiteral("Videos, images and subtitles (%1)").arg(patterns(openable)),
             QStringLiteral("Videos (%1)").arg(patterns(MediaExtensions::video)),
             QStringLiteral("Images (%1)").arg(patterns(MediaExtensions::image)),
+            QStringLiteral("Subtitles (%1)").arg(patterns(MediaExtensions::subtitle)),
             QStringLiteral("All files (*)")};
 }
 

@@ -1,6 +1,6 @@
 #include "SingleInstance.h"
 
-#include "infrastructure/logging/Log.h"
+#include "base/Log.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>

@@ -5,13 +5,14 @@
 #include "app/MainWindowGeometry.h"
 #include "app/OpeningRule.h"
 #include "app/SingleInstance.h"
-#include "core/engine/MPVDecoder.h"
-#include "core/engine/PlaybackEngine.h"
-#include "core/model/WindowState.h"
+#include "app/UserCommands.h"
+#include "engine/PlaybackEngine.h"
 #include "features/playlist/PlaybackHistoryManager.h"
 #include "features/playlist/PlaylistManager.h"
+#include "features/window/WindowState.h"
 #include "infrastructure/keybinding/KeyBindingManager.h"
 #include "infrastructure/keybinding/QtKeyTranslation.h"
+#include "infrastructure/mpv/MPVDecoder.h"
 #include "infrastructure/preferences/Preferences.h"
 #include "support/TestSupport.h"
 #include "ui/KeyBindingListModel.h"
@@ -19,6 +20,7 @@
 
 #include <QCoroTask>
 #include <QQuickItem>
+#include <QSignalSpy>
 #include <QtQml/qqmlextensionplugin.h>
 
 Q_IMPORT_QML_PLUGIN(VelmarPlugin)
@@ -62,19 +64,20 @@ QList<QQuickItem*> itemTree(QQuickItem* root)
     return items;
 }
 
-void open(PlaybackEngine& engine, const QList<QUrl>& urls)
+void open(TestPlayer& player, const QList<QUrl>& urls)
 {
-    QCoro::waitFor(OpeningRule::open(&engine, urls));
+    QCoro::waitFor(OpeningRule::open(&player.engine(), &player.commands(), urls));
 }
 
 /// A started application, silent, with its window drawn.
 struct RunningApp
 {
-    std::unique_ptr<AppDelegate> app = std::make_unique<AppDelegate>();
+    std::unique_ptr<AppDelegate> app = std::make_unique<AppDelegate>(libraryPath());
 
     bool start()
     {
         app->engine()->decoder()->setMPVString("ao", QStringLiteral("null"));
+        app->engine()->decoder()->setMPVString("hwdec", QStringLiteral("no"));
         return app->start({}) && QTest::qWaitForWindowExposed(app->mainWindow());
     }
     QQuickWindow* window() const { return app->mainWindow(); }
@@ -87,47 +90,70 @@ class ShellTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void init()
+    {
+        freshStart();
+        failOnWarnings();
+    }
+
     void openingRuleForFilesAndFolders()
     {
         MediaFolder folder;
-        auto engine = makeSilentEngine();
-        PlayerWindow window(engine.get());
-        QVERIFY(window.showAndWaitForRenderContext());
+        TestPlayer player;
+        QVERIFY(player.show());
+        PlaybackEngine* engine = &player.engine();
         PlaylistManager& playlist = *engine->playlist();
 
         // One folder: its media, sorted, and the first one plays.
-        open(*engine, {QUrl::fromLocalFile(folder.dir.path())});
+        open(player, {QUrl::fromLocalFile(folder.dir.path())});
         QCOMPARE(playlistNames(playlist), (QStringList{u"a.mp4"_s, u"b.mp4"_s}));
         QCOMPARE(playlist.currentIndex(), std::optional(0));
         QCOMPARE(engine->currentURL(), folder.url(QStringLiteral("a.mp4")));
         QCOMPARE(engine->state().kind(), Kind::Playing);
 
         // One file: it plays, the playlist stays as it was.
-        open(*engine, {fixtureUrl(QStringLiteral("tracks.mkv"))});
+        open(player, {fixtureUrl(QStringLiteral("tracks.mkv"))});
         QCOMPARE(engine->currentURL(), fixtureUrl(QStringLiteral("tracks.mkv")));
         QCOMPARE(playlistNames(playlist), (QStringList{u"a.mp4"_s, u"b.mp4"_s}));
 
         // Two files, in the order given.
-        open(*engine, {folder.url(QStringLiteral("b.mp4")), folder.url(QStringLiteral("a.mp4"))});
+        open(player, {folder.url(QStringLiteral("b.mp4")), folder.url(QStringLiteral("a.mp4"))});
         QCOMPARE(playlistNames(playlist), (QStringList{u"b.mp4"_s, u"a.mp4"_s}));
         QCOMPARE(engine->currentURL(), folder.url(QStringLiteral("b.mp4")));
 
         // A folder with a file: the folder is skipped.
-        open(*engine,
+        open(player,
              {QUrl::fromLocalFile(folder.dir.path()), fixtureUrl(QStringLiteral("clip10.mp4"))});
         QCOMPARE(playlistNames(playlist), QStringList{u"clip10.mp4"_s});
         QCOMPARE(engine->currentURL(), fixtureUrl(QStringLiteral("clip10.mp4")));
 
         // Only folders among several items: nothing changes.
         QTemporaryDir other;
-        open(*engine, {QUrl::fromLocalFile(folder.dir.path()), QUrl::fromLocalFile(other.path())});
+        open(player, {QUrl::fromLocalFile(folder.dir.path()), QUrl::fromLocalFile(other.path())});
         QCOMPARE(playlistNames(playlist), QStringList{u"clip10.mp4"_s});
         QCOMPARE(engine->currentURL(), fixtureUrl(QStringLiteral("clip10.mp4")));
 
-        // A folder without media empties the playlist and leaves the current file alone.
-        open(*engine, {QUrl::fromLocalFile(other.path())});
+        // A folder without media empties the playlist, says so, and leaves the file alone.
+        open(player, {QUrl::fromLocalFile(other.path())});
         QVERIFY(playlist.items().isEmpty());
+        QCOMPARE(player.osdText(),
+                 u"No videos in \u201c%1\u201d"_s.arg(QDir(other.path()).dirName()));
         QCOMPARE(engine->currentURL(), fixtureUrl(QStringLiteral("clip10.mp4")));
+
+        // A subtitle file joins the video that plays instead of replacing it.
+        const QString srt = folder.path(QStringLiteral("extra.srt"));
+        QFile(fixturePath(QStringLiteral("embedded-subtitles.srt"))).copy(srt);
+        open(player, {QUrl::fromLocalFile(srt)});
+        QCOMPARE(engine->currentURL(), fixtureUrl(QStringLiteral("clip10.mp4")));
+        QTRY_COMPARE(player.osdText(), u"Subtitle loaded: extra.srt"_s);
+
+        // Two folders opened in quick succession: the later one wins, and plays once.
+        QSignalSpy loads(engine, &PlaybackEngine::currentURLChanged);
+        OpeningRule::open(engine, &player.commands(), {QUrl::fromLocalFile(other.path())});
+        open(player, {QUrl::fromLocalFile(folder.dir.path())});
+        QCOMPARE(playlistNames(playlist), (QStringList{u"a.mp4"_s, u"b.mp4"_s}));
+        QTest::qWait(300);
+        QCOMPARE(loads.count(), 1);
         engine->pause();
     }
 
@@ -178,7 +204,7 @@ private Q_SLOTS:
 
     void windowFrameIsRestoredOnTheNextLaunch()
     {
-        Preferences().remove(WindowState::frameKey);
+        Preferences().remove(PreferenceKeys::windowFrame);
         const QRect moved(150, 120, 900, 520);
         {
             RunningApp first;
@@ -195,7 +221,7 @@ private Q_SLOTS:
 
     void fullScreenReturnsToTheWindowedFrame()
     {
-        Preferences().remove(WindowState::frameKey);
+        Preferences().remove(PreferenceKeys::windowFrame);
         QQuickWindow window;
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
@@ -206,7 +232,7 @@ private Q_SLOTS:
         QTRY_COMPARE(state.loadSavedFrame(), std::optional(QRectF(windowed)));
 
         geometry.toggleFullScreen();
-        QVERIFY(state.isFullscreen());
+        QTRY_VERIFY(state.isFullscreen());
         QCOMPARE(state.priorWindowedFrame(), std::optional(QRectF(windowed)));
         // Moves in full screen are not remembered.
         window.setGeometry(0, 0, 1920, 1080);
@@ -214,21 +240,15 @@ private Q_SLOTS:
         QCOMPARE(state.loadSavedFrame(), std::optional(QRectF(windowed)));
 
         geometry.toggleFullScreen();
-        QVERIFY(!state.isFullscreen());
+        QTRY_VERIFY(!state.isFullscreen());
         QTRY_COMPARE(window.geometry(), windowed);
 
-        // Nothing known at all: the fixed fallback frame.
-        state.setPriorWindowedFrame(std::nullopt);
-        Preferences().remove(WindowState::frameKey);
-        state.setIsFullscreen(true);
-        geometry.exitFullScreen();
-        QTRY_COMPARE(window.geometry(), MainWindowGeometry::fallbackWindowedFrame);
-
-        // No prior frame but a saved one: the saved one.
-        state.saveFrame(QRectF(40, 60, 640, 360));
-        state.setIsFullscreen(true);
-        geometry.exitFullScreen();
-        QTRY_COMPARE(window.geometry(), QRect(40, 60, 640, 360));
+        // Full screen switched by someone else (the window manager) is followed all the same.
+        window.showFullScreen();
+        QTRY_VERIFY(state.isFullscreen());
+        geometry.toggleFullScreen();
+        QTRY_COMPARE(window.geometry(), windowed);
+        QVERIFY(!state.isFullscreen());
     }
 
     void laterLaunchesHandTheirFilesOver()
@@ -254,15 +274,7 @@ private Q_SLOTS:
                                    PreferenceKeys::seekSmallStep, PreferenceKeys::osdDuration})
             Preferences().remove(key);
         SettingsModel settings;
-        QCOMPARE(settings.resumePlayback(), true);
-        QCOMPARE(settings.autoPlayOnOpen(), true);
-        QCOMPARE(settings.preventSleep(), true);
-        QCOMPARE(settings.defaultVolume(), 1.0);
-        QCOMPARE(settings.seekSmallStep(), 5.0);
-        QCOMPARE(settings.seekLargeStep(), 30.0);
-        QCOMPARE(settings.controlBarOpacity(), 0.8);
-        QCOMPARE(settings.controlsAutoHideDelay(), 3.0);
-        QCOMPARE(settings.osdDuration(), 1.5);
+        QCOMPARE(settings.seekSmallStep(), 5.0); // the fallbacks come from the preferences
         QCOMPARE(SettingsModel::formatSeconds(2.5), QStringLiteral("2.5s"));
 
         QSignalSpy changed(&settings, &SettingsModel::changed);
@@ -279,7 +291,7 @@ private Q_SLOTS:
 
     void keyEditorShowsDesktopKeysAndConflicts()
     {
-        Preferences().remove(KeyBindingManager::storageKey);
+        Preferences().remove(PreferenceKeys::keyBindings);
         KeyBindingManager manager;
         KeyBindingListModel model;
         model.setManager(&manager);

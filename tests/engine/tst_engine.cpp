@@ -1,55 +1,58 @@
-// The playback engine driving real libmpv on generated media: the state machine, seeking,
-// scrubbing, frame steps, volume/mute persistence, speed, images, unplayable files, tracks.
-#include "core/engine/MPVDecoder.h"
-#include "core/engine/MPVProperties.h"
-#include "core/engine/PlaybackEngine.h"
+// The playback engine and the user's commands on real libmpv and generated media: the state
+// machine, seeks, scrubs and frame steps, sound and speed, images and broken files, tracks and
+// media information, picture adjustments, loop points, subtitles, screenshots and bookmarks,
+// and what a file remembers from one session to the next.
+#include "app/ControlStrip.h"
+#include "app/Player.h"
+#include "app/UserCommands.h"
+#include "core/renderer/MPVVideoView.h"
+#include "engine/FrameCapture.h"
+#include "engine/PlaybackEngine.h"
+#include "features/bookmark/BookmarkManager.h"
+#include "features/filter/FilterManager.h"
+#include "features/hdr/HDRManager.h"
 #include "features/osd/OSDManager.h"
+#include "features/pip/PiPManager.h"
 #include "features/playlist/PlaybackHistoryManager.h"
 #include "features/track/TrackManager.h"
-#include "infrastructure/preferences/Preferences.h"
+#include "infrastructure/mpv/MPVProperties.h"
+#include "model/MediaFiles.h"
 #include "support/TestSupport.h"
 
+#include <filesystem>
 #include <QCoroTask>
+#include <QImageReader>
+#include <QQmlComponent>
+#include <QQmlEngine>
 #include <QSignalSpy>
+#include <sys/stat.h>
 
 using namespace velmar::test;
 using Kind = PlayerState::Kind;
 
 namespace {
 
-/// An engine with its video window, torn down window first as in the application.
-struct Player
-{
-    std::unique_ptr<PlaybackEngine> engine = makeSilentEngine();
-    std::unique_ptr<PlayerWindow> window = std::make_unique<PlayerWindow>(engine.get());
-
-    ~Player()
-    {
-        window.reset();
-        engine.reset();
-    }
-
-    mpv_handle* mpv() const { return engine->decoder()->handle(); }
-    QString osdText() const
-    {
-        const auto message = engine->osd()->currentMessage();
-        return message ? message->text() : QString();
-    }
-};
-
-std::optional<bool> mpvFlag(const Player& player, const char* name)
-{
-    return MPVProperty::readFlag(player.mpv(), name);
-}
-
-std::optional<double> mpvDouble(const PlaybackEngine& engine, const char* name)
+template <typename T> std::optional<T> mpv(PlaybackEngine& engine, const char* name);
+template <> std::optional<double> mpv(PlaybackEngine& engine, const char* name)
 {
     return MPVProperty::readDouble(engine.decoder()->handle(), name);
 }
-
-void waitFor(const std::function<QCoro::Task<void>()>& operation)
+template <> std::optional<bool> mpv(PlaybackEngine& engine, const char* name)
 {
-    QCoro::waitFor(operation());
+    return MPVProperty::readFlag(engine.decoder()->handle(), name);
+}
+template <> std::optional<qint64> mpv(PlaybackEngine& engine, const char* name)
+{
+    return MPVProperty::readInt64(engine.decoder()->handle(), name);
+}
+template <> std::optional<QString> mpv(PlaybackEngine& engine, const char* name)
+{
+    return MPVProperty::readString(engine.decoder()->handle(), name);
+}
+
+void seek(PlaybackEngine& engine, double seconds)
+{
+    QCoro::waitFor(engine.seek(seconds));
 }
 
 } // namespace
@@ -61,354 +64,484 @@ class EngineTest : public QObject
 private Q_SLOTS:
     void init()
     {
-        Preferences preferences;
-        preferences.remove(PreferenceKeys::volume);
-        preferences.remove(PreferenceKeys::isMuted);
+        freshStart();
+        failOnWarnings();
     }
 
     void playsPausesAndStopsAtTheEnd()
     {
-        Player player;
-        QVERIFY(player.window->showAndWaitForRenderContext());
+        TestPlayer player;
+        PlaybackEngine& engine = player.engine();
         QList<Kind> states;
-        connect(player.engine.get(), &PlaybackEngine::stateChanged, this,
-                [&] { states << player.engine->state().kind(); });
+        connect(&engine, &PlaybackEngine::stateChanged, this,
+                [&] { states << engine.state().kind(); });
 
-        loadAndWait(*player.engine, fixtureUrl(QStringLiteral("clip10.mp4")));
+        player.open(fixtureUrl(QStringLiteral("clip10.mp4")));
         QCOMPARE(states, (QList<Kind>{Kind::Loading, Kind::Paused, Kind::Playing}));
-        QCOMPARE(player.engine->mediaTitle(), QStringLiteral("clip10"));
-        QVERIFY(qAbs(player.engine->duration() - 10.0) < 0.2);
-        // The 30 Hz timer follows libmpv while playing.
-        QTRY_VERIFY_WITH_TIMEOUT(player.engine->currentTime() > 0.3, 5000);
+        QCOMPARE(engine.mediaTitle(), QStringLiteral("clip10"));
+        QVERIFY(qAbs(engine.duration() - 10.0) < 0.2);
+        QTRY_VERIFY_WITH_TIMEOUT(engine.currentTime() > 0.3, 5000); // the timer follows libmpv
 
-        player.engine->pause();
-        QCOMPARE(player.engine->state().kind(), Kind::Paused);
-        QCOMPARE(mpvFlag(player, "pause"), std::optional<bool>(true));
-        QVERIFY(!player.engine->sleepPreventer().isActive());
-        const double pausedAt = player.engine->currentTime();
-        QTest::qWait(300);
-        QCOMPARE(player.engine->currentTime(), pausedAt);
+        engine.pause();
+        QTRY_COMPARE(mpv<bool>(engine, "pause"), std::optional<bool>(true));
+        const double pausedAt = engine.currentTime();
+        QTest::qWait(300); // paused: the position stays put
+        QCOMPARE(engine.currentTime(), pausedAt);
+        engine.play();
+        engine.play(); // already playing: nothing happens
+        QCOMPARE(engine.state().kind(), Kind::Playing);
 
-        player.engine->play();
-        QCOMPARE(player.engine->state().kind(), Kind::Playing);
-        QCOMPARE(mpvFlag(player, "pause"), std::optional<bool>(false));
-        player.engine->play(); // already playing: nothing happens
-        QCOMPARE(player.engine->state().kind(), Kind::Playing);
-
-        waitFor([&] { return player.engine->seek(9.5); });
-        QTRY_VERIFY_WITH_TIMEOUT(player.engine->isAtEnd(), 30000);
-        QCOMPARE(player.engine->state().kind(), Kind::Paused);
-        QCOMPARE(player.engine->progress(), 1.0);
-
-        // Play after the end starts over from the beginning.
-        player.engine->play();
-        QCOMPARE(player.engine->state().kind(), Kind::Playing);
-        QVERIFY(!player.engine->isAtEnd());
-        QTRY_VERIFY_WITH_TIMEOUT(player.engine->currentTime() > 0.2, 5000);
-        QVERIFY(player.engine->currentTime() < 3.0);
+        seek(engine, 9.5);
+        QTRY_VERIFY_WITH_TIMEOUT(engine.isAtEnd(), 30000);
+        QCOMPARE(engine.state().kind(), Kind::Paused);
+        QCOMPARE(engine.progress(), 1.0);
+        engine.play(); // after the end: from the start
+        QVERIFY(!engine.isAtEnd());
+        QTRY_VERIFY_WITH_TIMEOUT(engine.currentTime() > 0.2, 5000);
+        QVERIFY(engine.currentTime() < 3.0);
     }
 
-    void operationsNeedLoadedMedia()
+    void operationsNeedMedia()
     {
-        auto engine = makeSilentEngine();
-        engine->play();
-        engine->pause();
-        engine->stepForward();
-        engine->scrubBegan();
-        engine->scrub(4);
-        waitFor([&] { return engine->seek(3); });
-        waitFor([&] { return engine->seekRelative(5); });
-        QCOMPARE(engine->state().kind(), Kind::Idle);
-        QCOMPARE(engine->currentTime(), 0.0);
-        QCOMPARE(engine->progress(), 0.0);
-        QVERIFY(!engine->osd()->currentMessage().has_value());
+        TestPlayer player;
+        PlaybackEngine& engine = player.engine();
+        engine.play();
+        engine.pause();
+        player.commands().togglePlayPause();
+        player.commands().stepFrame(true);
+        player.commands().seekBy(5);
+        player.commands().addBookmark();
+        engine.scrubBegan();
+        engine.scrub(4);
+        seek(engine, 3);
+        QCOMPARE(engine.state().kind(), Kind::Idle);
+        QCOMPARE(engine.currentTime(), 0.0);
+        QCOMPARE(engine.progress(), 0.0);
+        QCOMPARE(player.osdText(), QString());
     }
 
-    void exactAndRelativeSeeks()
+    void seeksScrubsAndFrameSteps()
     {
-        Player player;
-        QVERIFY(player.window->showAndWaitForRenderContext());
-        loadAndWait(*player.engine, fixtureUrl(QStringLiteral("clip10.mp4")));
-        player.engine->pause();
-        QSignalSpy refresh(player.engine.get(), &PlaybackEngine::needsFrameRefreshChanged);
+        TestPlayer player;
+        PlaybackEngine& engine = player.engine();
+        player.open(fixtureUrl(QStringLiteral("clip30.mp4")));
 
-        waitFor([&] { return player.engine->seek(4.0); });
-        QCOMPARE(player.engine->currentTime(), 4.0);
-        QVERIFY(!player.engine->isSeeking());
+        // A drag holds the picture (the state stays "playing") and lets it run on at the end.
+        QSignalSpy refresh(&engine, &PlaybackEngine::needsFrameRefreshChanged);
+        engine.scrubBegan();
+        QCOMPARE(engine.state().kind(), Kind::Playing);
+        QTRY_COMPARE(mpv<bool>(engine, "pause"), std::optional<bool>(true));
+        engine.scrub(12.0);
+        QCOMPARE(engine.currentTime(), 12.0);
         QVERIFY(refresh.count() >= 1);
-        QTRY_VERIFY_WITH_TIMEOUT(
-            qAbs(mpvDouble(*player.engine, "time-pos").value_or(-1) - 4.0) < 0.05, 5000);
-        QTest::qWait(200); // let the position report settle in the decoder's mirror
+        engine.scrubEnded(16.0);
+        QTRY_COMPARE_WITH_TIMEOUT(mpv<bool>(engine, "pause"), std::optional<bool>(false), 5000);
+        QTRY_VERIFY_WITH_TIMEOUT(engine.currentTime() >= 16.0, 5000);
 
-        waitFor([&] { return player.engine->seekRelative(3); });
-        QVERIFY(qAbs(player.engine->currentTime() - 7.0) < 0.1);
-        QCOMPARE(player.osdText(), QStringLiteral("00:07 / 00:10"));
-
-        waitFor([&] { return player.engine->seekRelative(-30); });
-        QCOMPARE(player.engine->currentTime(), 0.0);
-        QCOMPARE(player.osdText(), QStringLiteral("00:00 / 00:10"));
-
-        waitFor([&] { return player.engine->seekRelative(30); });
-        QCOMPARE(player.engine->currentTime(), player.engine->decoder()->duration());
-        QCOMPARE(player.engine->state().kind(), Kind::Paused);
-    }
-
-    void scrubbingHoldsThePictureThenResumes()
-    {
-        Player player;
-        QVERIFY(player.window->showAndWaitForRenderContext());
-        loadAndWait(*player.engine, fixtureUrl(QStringLiteral("clip30.mp4")));
-
-        QSignalSpy refresh(player.engine.get(), &PlaybackEngine::needsFrameRefreshChanged);
-        player.engine->scrubBegan();
-        QCOMPARE(player.engine->state().kind(), Kind::Playing); // the state does not change
-        QCOMPARE(mpvFlag(player, "pause"), std::optional<bool>(true));
-        player.engine->scrub(12.0);
-        QCOMPARE(player.engine->currentTime(), 12.0);
-        QVERIFY(refresh.count() >= 1);
-        player.engine->scrub(15.0);
-        player.engine->scrubEnded(16.0);
-        QTRY_COMPARE_WITH_TIMEOUT(mpvFlag(player, "pause"), std::optional<bool>(false), 5000);
-        QTRY_VERIFY_WITH_TIMEOUT(player.engine->currentTime() >= 16.0, 5000);
+        engine.pause();
+        seek(engine, 4.0); // resumes once libmpv has landed
+        QVERIFY(!engine.isSeeking());
+        QCOMPARE(engine.currentTime(), 4.0);
+        QVERIFY(qAbs(mpv<double>(engine, "time-pos").value_or(-1) - 4.0) < 0.05);
+        player.commands().seekBy(3);
+        QVERIFY(qAbs(engine.currentTime() - 7.0) < 0.1);
+        QCOMPARE(player.osdText(), QStringLiteral("00:07 / 00:30"));
+        player.commands().seekBy(-30);
+        QCOMPARE(engine.currentTime(), 0.0);
+        QCOMPARE(player.osdText(), QStringLiteral("00:00 / 00:30"));
+        player.commands().seekBy(60);
+        QCOMPARE(engine.currentTime(), engine.decoder()->duration());
 
         // A drag that starts paused stays paused.
-        player.engine->pause();
-        player.engine->scrubBegan();
-        player.engine->scrubEnded(5.0);
-        QTest::qWait(300);
-        QCOMPARE(player.engine->state().kind(), Kind::Paused);
-        QCOMPARE(mpvFlag(player, "pause"), std::optional<bool>(true));
-        QCOMPARE(player.engine->currentTime(), 5.0);
-    }
+        engine.scrubBegan();
+        engine.scrubEnded(5.0);
+        QTRY_COMPARE(engine.currentTime(), 5.0);
+        QCOMPARE(engine.state().kind(), Kind::Paused);
 
-    void frameStepsPauseAndAnnounce()
-    {
-        Player player;
-        QVERIFY(player.window->showAndWaitForRenderContext());
-        loadAndWait(*player.engine, fixtureUrl(QStringLiteral("clip10.mp4")));
-        waitFor([&] { return player.engine->seek(2.0); });
-        QTRY_VERIFY_WITH_TIMEOUT(
-            qAbs(mpvDouble(*player.engine, "time-pos").value_or(-1) - 2.0) < 0.2, 5000);
-
-        player.engine->stepForward();
-        QCOMPARE(player.engine->state().kind(), Kind::Paused);
+        seek(engine, 2.0);
+        player.commands().stepFrame(true);
         QCOMPARE(player.osdText(), QStringLiteral("Frame \u2192"));
-        QTRY_VERIFY_WITH_TIMEOUT(mpvFlag(player, "pause") == std::optional<bool>(true), 3000);
-        QTest::qWait(300);
-        const double afterStep = mpvDouble(*player.engine, "time-pos").value_or(-1);
-
-        player.engine->stepBackward();
+        QTRY_VERIFY_WITH_TIMEOUT(mpv<double>(engine, "time-pos").value_or(0) > 2.02, 5000);
+        const double afterStep = *mpv<double>(engine, "time-pos");
+        player.commands().stepFrame(false);
         QCOMPARE(player.osdText(), QStringLiteral("\u2190 Frame"));
-        // One frame at 30 fps back.
-        QTRY_VERIFY_WITH_TIMEOUT(qAbs(mpvDouble(*player.engine, "time-pos").value_or(-1) -
-                                      (afterStep - 1.0 / 30)) < 0.02,
-                                 5000);
+        QTRY_VERIFY_WITH_TIMEOUT( // one frame at 25 fps back
+            qAbs(mpv<double>(engine, "time-pos").value_or(-1) - (afterStep - 0.04)) < 0.02, 5000);
     }
 
-    void volumeAndMutePersistAcrossEngines()
+    void soundAndSpeedAreAnnouncedAndRemembered()
     {
         {
-            auto engine = makeSilentEngine();
-            QCOMPARE(engine->volume(), 1.0f);
-            QVERIFY(!engine->osd()->currentMessage().has_value());
+            TestPlayer player;
+            PlaybackEngine& engine = player.engine();
+            UserCommands& commands = player.commands();
+            QCOMPARE(engine.volume(), 1.0f);
+            QCOMPARE(player.osdText(), QString()); // nothing stored: a silent start
 
-            engine->setVolume(0.5f);
-            QCOMPARE(engine->osd()->currentMessage()->text(), QStringLiteral("Volume: 50%"));
-            QCOMPARE(mpvDouble(*engine, "volume"), std::optional<double>(50.0));
-
-            engine->setIsMuted(true);
-            QCOMPARE(engine->osd()->currentMessage()->text(), QStringLiteral("Muted"));
-            QCOMPARE(MPVProperty::readFlag(engine->decoder()->handle(), "mute"),
-                     std::optional<bool>(true));
-            engine->setVolume(0.75f);
-            QCOMPARE(engine->osd()->currentMessage()->text(), QStringLiteral("Volume: 0%"));
-
-            engine->adjustVolume(1.0f);
-            QCOMPARE(engine->volume(), 1.0f);
-            QSignalSpy messages(engine->osd(), &OSDManager::currentMessageChanged);
-            QSignalSpy volumes(engine.get(), &PlaybackEngine::volumeChanged);
-            engine->adjustVolume(0.1f); // at the limit: no change, no message
-            QCOMPARE(volumes.count(), 0);
+            commands.setVolume(0.5f);
+            QCOMPARE(player.osdText(), QStringLiteral("Volume: 50%"));
+            QTRY_COMPARE(mpv<double>(engine, "volume"), std::optional<double>(50.0));
+            commands.toggleMute();
+            QCOMPARE(player.osdText(), QStringLiteral("Muted"));
+            commands.setVolume(0.75f);
+            QCOMPARE(player.osdText(), QStringLiteral("Volume: 0%")); // muted reads 0
+            commands.adjustVolume(1.0f);
+            QSignalSpy messages(engine.osd(), &OSDManager::currentMessageChanged);
+            commands.adjustVolume(0.1f); // at the limit: no change, no message
             QCOMPARE(messages.count(), 0);
-            engine->adjustVolume(-2.0f);
-            QCOMPARE(engine->volume(), 0.0f);
-            engine->setVolume(0.5f);
+            commands.setVolume(0.5f);
+
+            commands.cyclePlaybackRate();
+            QCOMPARE(engine.playbackRate(), 1.25f);
+            QCOMPARE(player.osdText(), QStringLiteral("1.2x"));
+            engine.setPlaybackRate(4.0f);
+            engine.cyclePlaybackRate();
+            QCOMPARE(engine.playbackRate(), 0.25f);
+            engine.setPlaybackRate(1.1f); // not in the list: back to normal
+            engine.cyclePlaybackRate();
+            QCOMPARE(engine.playbackRate(), 1.0f);
+            engine.setPlaybackRate(2.0f); // survives opening a file, and is not remembered
+            player.open(fixtureUrl(QStringLiteral("clip10.mp4")));
+            QTRY_COMPARE(mpv<double>(engine, "speed"), std::optional<double>(2.0));
         }
         {
-            auto engine = makeSilentEngine();
-            QCOMPARE(engine->volume(), 0.5f);
-            QVERIFY(engine->isMuted());
-            QCOMPARE(mpvDouble(*engine, "volume"), std::optional<double>(50.0));
-            QCOMPARE(engine->osd()->currentMessage()->text(), QStringLiteral("Muted"));
-            engine->setVolume(1.0f);
-            engine->setIsMuted(false);
-        }
-        {
-            // A stored volume of exactly 1.0 and no mute start silently.
-            auto engine = makeSilentEngine();
-            QCOMPARE(engine->volume(), 1.0f);
-            QVERIFY(!engine->isMuted());
-            QVERIFY(!engine->osd()->currentMessage().has_value());
+            // The next start has the volume and mute back, and says so.
+            TestPlayer player;
+            QCOMPARE(player.engine().volume(), 0.5f);
+            QVERIFY(player.engine().isMuted());
+            QCOMPARE(player.engine().playbackRate(), 1.0f);
+            QCOMPARE(player.osdText(), QStringLiteral("Muted"));
+            QTRY_COMPARE(mpv<double>(player.engine(), "volume"), std::optional<double>(50.0));
         }
     }
 
-    void playbackRateCyclesThroughTheList()
+    void imagesAndBrokenFiles()
     {
-        Player player;
-        PlaybackEngine& engine = *player.engine;
-        engine.cyclePlaybackRate();
-        QCOMPARE(engine.playbackRate(), 1.25f);
-        QCOMPARE(player.osdText(), QStringLiteral("1.2x"));
-        QCOMPARE(mpvDouble(engine, "speed"), std::optional<double>(1.25));
-        engine.setPlaybackRate(4.0f);
-        engine.cyclePlaybackRate();
-        QCOMPARE(engine.playbackRate(), 0.25f);
-        engine.setPlaybackRate(1.1f);
-        engine.cyclePlaybackRate();
-        QCOMPARE(engine.playbackRate(), 1.0f);
+        TestPlayer player;
+        PlaybackEngine& engine = player.engine();
+        player.open(fixtureUrl(QStringLiteral("clip10.mp4")));
+        player.open(fixtureUrl(QStringLiteral("still.png")));
+        QCOMPARE(engine.state().kind(), Kind::ViewingImage);
+        QCOMPARE(engine.duration(), 0.0);
+        QCOMPARE(engine.displayedImage().size(), QSize(320, 240));
+        QTRY_VERIFY(!mpv<QString>(engine, "path")); // the video is stopped; images skip libmpv
+        engine.play();
+        QCOMPARE(engine.state().kind(), Kind::ViewingImage);
+        player.open(fixtureUrl(QStringLiteral("missing.png")));
+        QCOMPARE(engine.state(), PlayerState::error(QStringLiteral("Failed to load image")));
 
-        // The rate survives opening a file.
-        engine.setPlaybackRate(2.0f);
-        QVERIFY(player.window->showAndWaitForRenderContext());
-        loadAndWait(engine, fixtureUrl(QStringLiteral("clip10.mp4")));
-        QCOMPARE(engine.playbackRate(), 2.0f);
-        QTRY_COMPARE_WITH_TIMEOUT(mpvDouble(engine, "speed"), std::optional<double>(2.0), 3000);
+        player.expectLibmpvErrors();
+        for (const QString& file : {QStringLiteral("no-such-file.mp4"), QStringLiteral("empty.mp4"),
+                                    QStringLiteral("truncated.mp4")}) {
+            player.open(fixtureUrl(file));
+            QCOMPARE(engine.state().kind(), Kind::Error);
+            QVERIFY2(engine.state().message().contains(file), qPrintable(engine.state().message()));
+        }
+        QTest::qWait(300); // and it stays there
+        QCOMPARE(engine.state().kind(), Kind::Error);
+
+        // A pipe nobody writes to, named like a video, would keep a load opening for ever.
+        QTemporaryDir dir;
+        const QByteArray pipe = QFile::encodeName(dir.filePath(QStringLiteral("x.mkv")));
+        QCOMPARE(::mkfifo(pipe.constData(), 0600), 0);
+        engine.decoder()->setLoadTimeout(std::chrono::milliseconds(500));
+        player.open(QUrl::fromLocalFile(dir.filePath(QStringLiteral("x.mkv"))));
+        QCOMPARE(engine.state(), PlayerState::error(QStringLiteral(
+                                     "Cannot play \u201cx.mkv\u201d: it did not open in time")));
+
+        // A name that is not UTF-8 is passed on as the bytes it is, and the file plays.
+        const QByteArray oddName = QFile::encodeName(dir.path()) + "/caf\xe9 \xff.mp4";
+        std::filesystem::copy_file(
+            QFile::encodeName(fixturePath(QStringLiteral("clip10.mp4"))).toStdString(),
+            oddName.toStdString());
+        const QUrl oddUrl = MediaFiles::urlForLocalPath(oddName);
+        QCOMPARE(MediaFiles::localPath(oddUrl), oddName);
+        player.open(oddUrl);
+        QCOMPARE(engine.state().kind(), Kind::Playing);
+        QVERIFY(qAbs(engine.duration() - 10.0) < 0.1);
+        std::filesystem::remove(oddName.toStdString()); // Qt could not name it to remove it
     }
 
-    void imagesNeverReachLibmpv()
+    void tracksMediaInformationAndColours()
     {
-        Player player;
-        QVERIFY(player.window->showAndWaitForRenderContext());
-        loadAndWait(*player.engine, fixtureUrl(QStringLiteral("clip10.mp4")));
-        QTRY_VERIFY(MPVProperty::readString(player.mpv(), "path").has_value());
-
-        loadAndWait(*player.engine, fixtureUrl(QStringLiteral("still.png")));
-        QCOMPARE(player.engine->state().kind(), Kind::ViewingImage);
-        QCOMPARE(player.engine->duration(), 0.0);
-        QCOMPARE(player.engine->currentTime(), 0.0);
-        QCOMPARE(player.engine->displayedImage().size(), QSize(320, 240));
-        QCOMPARE(player.engine->mediaTitle(), QStringLiteral("still"));
-        // The video that played before is stopped; the image itself never reaches libmpv.
-        QTRY_VERIFY(!MPVProperty::readString(player.mpv(), "path").has_value());
-
-        player.engine->play(); // nothing to play in an image
-        QCOMPARE(player.engine->state().kind(), Kind::ViewingImage);
-
-        loadAndWait(*player.engine, fixtureUrl(QStringLiteral("missing.png")));
-        QCOMPARE(player.engine->state(),
-                 PlayerState::error(QStringLiteral("Failed to load image")));
-    }
-
-    void unplayableFilesEndInError_data()
-    {
-        QTest::addColumn<QString>("file");
-        QTest::newRow("missing") << QStringLiteral("no-such-file.mp4");
-        QTest::newRow("zero bytes") << QStringLiteral("empty.mp4");
-        QTest::newRow("truncated") << QStringLiteral("truncated.mp4");
-    }
-
-    void unplayableFilesEndInError()
-    {
-        QFETCH(QString, file);
-        Player player;
-        QVERIFY(player.window->showAndWaitForRenderContext());
-        loadAndWait(*player.engine, fixtureUrl(file));
-        QTRY_COMPARE_WITH_TIMEOUT(player.engine->state().kind(), Kind::Error, 5000);
-        const QString message = player.engine->state().message();
-        QVERIFY2(message.contains(file), qPrintable(message));
-        QVERIFY(!player.engine->sleepPreventer().isActive());
-
-        QTest::qWait(400); // and it stays there
-        QCOMPARE(player.engine->state().kind(), Kind::Error);
-        QCOMPARE(player.engine->currentTime(), 0.0);
-
-        // A good file afterwards plays normally.
-        loadAndWait(*player.engine, fixtureUrl(QStringLiteral("clip10.mp4")));
-        QCOMPARE(player.engine->state().kind(), Kind::Playing);
-    }
-
-    void tracksAndMediaInformation()
-    {
-        Player player;
-        QVERIFY(player.window->showAndWaitForRenderContext());
-        loadAndWait(*player.engine, fixtureUrl(QStringLiteral("tracks.mkv")));
-        const TrackManager& tracks = *player.engine->tracks();
+        TestPlayer player;
+        PlaybackEngine& engine = player.engine();
+        const TrackManager& tracks = *engine.tracks();
+        player.open(fixtureUrl(QStringLiteral("tracks.mkv")));
         QTRY_COMPARE_WITH_TIMEOUT(tracks.audioTracks().size(), 2, 5000);
         QCOMPARE(tracks.subtitleTracks().size(), 1);
         QCOMPARE(tracks.audioTracks()[0].displayLabel(),
                  QStringLiteral("English Stereo \u2014 ENG"));
         QCOMPARE(tracks.audioTracks()[1].displayLabel(), QStringLiteral("Commentary \u2014 JPN"));
         QCOMPARE(tracks.subtitleTracks()[0].displayLabel(), QStringLiteral("ENG"));
-        QCOMPARE(tracks.audioTracks()[1].id, 2);
         QTRY_COMPARE(tracks.currentAudioID(), 1);
+        QTRY_VERIFY(engine.mediaInfo() && engine.mediaInfo()->width);
+        const MediaInfo info = *engine.mediaInfo();
+        QCOMPARE(info.filename, QStringLiteral("tracks.mkv"));
+        QCOMPARE(info.width, std::optional<int>(320));
+        QCOMPARE(info.height, std::optional<int>(180));
+        QVERIFY(info.videoCodec.value_or(QString()).contains(QStringLiteral("264")));
+        QVERIFY(info.fileSize.value_or(0) > 0 && info.modifiedAt);
 
-        const auto info = player.engine->mediaInfo();
-        QVERIFY(info.has_value());
-        QCOMPARE(info->filename, QStringLiteral("tracks.mkv"));
-        QCOMPARE(info->width, std::optional<int>(320));
-        QCOMPARE(info->height, std::optional<int>(180));
-        QVERIFY(info->videoCodec.value_or(QString()).contains(QStringLiteral("264")));
-        QVERIFY(info->audioCodec.has_value());
-        QVERIFY(info->fileSize.value_or(0) > 0);
-        QVERIFY(info->modifiedAt.has_value());
+        player.commands().cycleAudioTrack();
+        QCOMPARE(player.osdText(), QStringLiteral("Audio: Commentary \u2014 JPN (2/2)"));
+        QTRY_COMPARE(tracks.currentAudioID(), 2);
+        player.commands().selectSubtitleTrack(0);
+        player.commands().cycleSubtitleTrack();
+        QCOMPARE(player.osdText(), QStringLiteral("Subtitle: ENG (1/1)"));
+        QTRY_COMPARE(tracks.currentSubtitleID(), 1);
+        player.commands().cycleSubtitleTrack();
+        QCOMPARE(player.osdText(), QStringLiteral("Subtitle: Off"));
+        QCOMPARE(tracks.currentSubtitleID(), 0);
+        QTRY_COMPARE(mpv<QString>(engine, "sid"), std::optional<QString>(QStringLiteral("no")));
 
-        loadAndWait(*player.engine, fixtureUrl(QStringLiteral("audio-only.m4a")));
-        QCOMPARE(player.engine->state().kind(), Kind::Playing);
-        // The load reads the duration after a fixed short wait; a slow build may only learn it
-        // from libmpv's later report.
-        QTRY_VERIFY(qAbs(player.engine->duration() - 12.0) < 0.2);
-        QTRY_COMPARE(tracks.audioTracks().size(), 1);
-        QVERIFY(tracks.subtitleTracks().isEmpty());
-        const auto audioInfo = player.engine->mediaInfo();
-        QVERIFY(!audioInfo->width.has_value());
+        player.open(fixtureUrl(QStringLiteral("pq.mkv")));
+        QTRY_VERIFY_WITH_TIMEOUT(engine.hdr()->isHDRContent(), 5000);
+        QCOMPARE(engine.hdr()->primaries(), QStringLiteral("bt.2020"));
+        QTRY_COMPARE(tracks.audioTracks().size(), 0); // nothing of the last file lingers
+        player.commands().cycleAudioTrack();
+        QCOMPARE(player.osdText(), QStringLiteral("No other audio tracks"));
+        player.commands().cycleSubtitleTrack();
+        QCOMPARE(player.osdText(), QStringLiteral("No subtitle tracks"));
+
+        player.open(fixtureUrl(QStringLiteral("audio-only.m4a")));
+        QVERIFY(qAbs(engine.duration() - 12.0) < 0.2);
+        QVERIFY(!engine.hdr()->isHDRContent());
+        QTRY_VERIFY(engine.mediaInfo() && engine.mediaInfo()->audioCodec);
+        QVERIFY(!engine.mediaInfo()->width);
     }
 
-    // Runs last: it leaves a history record and settings for clip30 in the shared library.
-    void reopeningAFileResumesItAndRestoresItsSettings()
+    void adjustmentsAndLoopPoints()
+    {
+        TestPlayer player;
+        PlaybackEngine& engine = player.engine();
+        UserCommands& commands = player.commands();
+        player.open(fixtureUrl(QStringLiteral("clip30.mp4")));
+        FilterManager& filters = *engine.filters();
+        filters.setFilter(QStringLiteral("contrast"), true, 2.0f);
+        filters.setFilter(QStringLiteral("sharpen"), true, 0.75f);
+        filters.setFilter(QStringLiteral("deband"), true, 64.0f);
+        engine.syncFiltersToMPV();
+        QTRY_COMPARE(mpv<double>(engine, "contrast"), std::optional<double>(100));
+        QTRY_COMPARE(mpv<qint64>(engine, "deband-threshold"), std::optional<qint64>(64));
+        // libmpv reports option values with its length quoting ("%4%0.75").
+        QCOMPARE(mpv<QString>(engine, "vf")
+                     .value_or(QString())
+                     .remove(QRegularExpression(QStringLiteral("%\\d+%"))),
+                 QStringLiteral("unsharp=la=0.75"));
+        filters.setFilter(QStringLiteral("contrast"), false, 2.0f); // off means neutral
+        engine.syncFiltersToMPV();
+        QTRY_COMPARE(mpv<double>(engine, "contrast"), std::optional<double>(0));
+
+        commands.setRotation(450);
+        QCOMPARE(engine.videoRotation(), 90);
+        QCOMPARE(player.osdText(), QStringLiteral("Rotation: 90\u00b0"));
+        commands.rotate(false);
+        commands.rotate(false);
+        QCOMPARE(engine.videoRotation(), 270);
+        QTRY_COMPARE(mpv<qint64>(engine, "video-rotate"), std::optional<qint64>(270));
+        commands.setAudioDelay(7);
+        QCOMPARE(player.osdText(), QStringLiteral("Audio delay: +5.00s"));
+        commands.adjustAudioDelay(-5.25);
+        QCOMPARE(player.osdText(), QStringLiteral("Audio delay: -0.25s"));
+        commands.resetAudioDelay();
+        QCOMPARE(player.osdText(), QStringLiteral("Audio delay: 0.0s"));
+        QTRY_COMPARE(mpv<double>(engine, "audio-delay"), std::optional<double>(0));
+
+        engine.pause();
+        commands.setLoopPointB(); // no A yet: nothing, silently
+        QVERIFY(!player.osdText().startsWith(QStringLiteral("Loop")));
+        seek(engine, 10);
+        commands.setLoopPointA();
+        QCOMPARE(player.osdText(), QStringLiteral("Loop A: 00:10  \u2014 \\ to clear"));
+        seek(engine, 13);
+        commands.setLoopPointB();
+        QCOMPARE(player.osdText(), QStringLiteral("Loop A-B active  \u2014 \\ to clear"));
+        seek(engine, 20);
+        QTest::qWait(300); // paused beyond B: no jump until playing again
+        QCOMPARE(engine.currentTime(), 20.0);
+        engine.play();
+        QTRY_VERIFY_WITH_TIMEOUT(engine.currentTime() < 13.0, 3000);
+        QTest::qWait(3500); // and it keeps looping between A and B
+        QVERIFY2(engine.currentTime() >= 9.9 && engine.currentTime() < 13.5,
+                 qPrintable(QString::number(engine.currentTime())));
+        player.open(fixtureUrl(QStringLiteral("clip10.mp4"))); // a new file clears the loop
+        QCOMPARE(engine.abLoop()->pointA(), std::nullopt);
+    }
+
+    void subtitlesScreenshotsAndBookmarks()
+    {
+        QTemporaryDir dir;
+        QFile srt(dir.filePath(QStringLiteral("extra.srt")));
+        QVERIFY(srt.open(QIODevice::WriteOnly));
+        srt.write("1\n00:00:00,000 --> 00:00:09,000\nExtra line\n");
+        srt.close();
+
+        TestPlayer player;
+        PlaybackEngine& engine = player.engine();
+        UserCommands& commands = player.commands();
+        const QUrl clip = fixtureUrl(QStringLiteral("clip30.mp4"));
+        player.open(clip);
+        engine.pause();
+        player.expectLibmpvErrors(); // the missing subtitle file
+        commands.addSubtitles({QUrl::fromLocalFile(dir.filePath(QStringLiteral("missing.srt"))),
+                               QUrl::fromLocalFile(srt.fileName())});
+        QTRY_COMPARE(player.osdText(), QStringLiteral("Subtitle loaded: extra.srt"));
+        QTRY_COMPARE_WITH_TIMEOUT(engine.tracks()->subtitleTracks().size(), 1, 5000);
+        QVERIFY(engine.tracks()->subtitleTracks()[0].isExternal);
+
+        QDir shots(FrameCapture::screenshotFolder());
+        commands.takeScreenshot();
+        QTRY_COMPARE(player.osdText(), QStringLiteral("Screenshot saved"));
+        const QStringList files = shots.entryList({QStringLiteral("VelmarPlayer_*.png")});
+        QCOMPARE(files.size(), 1);
+        QCOMPARE(QImageReader(shots.filePath(files[0])).size(), QSize(320, 180));
+        QVERIFY(shots.removeRecursively());
+        QFile blocker(shots.path()); // a folder that cannot exist: a plain failure
+        QVERIFY(blocker.open(QIODevice::WriteOnly));
+        blocker.close();
+        commands.takeScreenshot();
+        QTRY_COMPARE(player.osdText(), QStringLiteral("Screenshot failed"));
+        QFile::remove(shots.path());
+
+        seek(engine, 10.0);
+        const QStringList leftovers = QDir::temp().entryList({QStringLiteral("velmar_bm_*")});
+        commands.addBookmark();
+        QCOMPARE(player.osdText(), QStringLiteral("Bookmark added"));
+        BookmarkManager& bookmarks = *engine.bookmarks();
+        QTRY_VERIFY_WITH_TIMEOUT(bookmarks.bookmarks(clip).value(0).thumbnailData, 5000);
+        const QImage picture =
+            QImage::fromData(*bookmarks.bookmarks(clip)[0].thumbnailData, "JPEG");
+        QCOMPARE(picture.size(), QSize(160, 90));
+        QTRY_COMPARE(QDir::temp().entryList({QStringLiteral("velmar_bm_*")}), leftovers);
+        seek(engine, 10.5);
+        commands.addBookmark();
+        QCOMPARE(player.osdText(), QStringLiteral("Bookmark already exists"));
+
+        bookmarks.removeAllBookmarks(clip);
+        bookmarks.add(clip, 10.3, QStringLiteral("near"));
+        bookmarks.add(clip, 12.0, QStringLiteral("far"));
+        seek(engine, 10.0);
+        commands.seekToNextBookmark(); // 10.3 lies within half a second: the next one is 12
+        QTRY_COMPARE(player.osdText(), QStringLiteral("\u25b8 far"));
+        QCOMPARE(engine.currentTime(), 12.0);
+        commands.seekToPreviousBookmark();
+        QTRY_COMPARE(player.osdText(), QStringLiteral("\u25c2 near"));
+        QCOMPARE(engine.currentTime(), 10.3);
+    }
+
+    void aScreenshotOfAFullHDFrameLeavesTheWindowResponsive()
+    {
+        TestPlayer player;
+        player.open(fixtureUrl(QStringLiteral("full-hd.mp4")));
+        player.engine().pause();
+        const qint64 allowed = GuiHeartbeat::allowance(50);
+        GuiHeartbeat heartbeat;
+        player.commands().takeScreenshot();
+        QTRY_COMPARE_WITH_TIMEOUT(player.osdText(), QStringLiteral("Screenshot saved"), 10000);
+        QVERIFY2(heartbeat.longestStall() < allowed,
+                 qPrintable(QStringLiteral("%1 ms").arg(heartbeat.longestStall())));
+    }
+
+    // Picture in picture's states with plain items, then the floating window's control strip on
+    // a real player.
+    void pictureInPictureStatesAndItsControlStrip()
+    {
+        QQmlEngine qml;
+        QQmlComponent floating(&qml);
+        floating.setData("import QtQuick\nWindow { Item { objectName: \"videoHost\" } }", QUrl());
+        PiPManager pip;
+        pip.setWindowComponent(&floating);
+        int toggles = 0;
+        pip.onTogglePlayPause = [&] { ++toggles; };
+        QQuickItem holder;
+        QQuickItem video;
+        pip.setVideoView(&video);
+        pip.enterPiP(); // not in a window: nothing to move
+        QVERIFY(!pip.isPossible() && !pip.isActive());
+
+        auto mainWindow = std::make_unique<QQuickWindow>();
+        holder.setParentItem(mainWindow->contentItem());
+        video.setParentItem(&holder); // no size
+        QVERIFY(pip.isPossible());
+        pip.enterPiP();
+        pip.enterPiP();
+        QVERIFY(pip.isActive());
+        QCOMPARE(pip.lockedAspectRatio(), std::nullopt);
+        const QWindowList windows = QGuiApplication::topLevelWindows();
+        QCOMPARE(std::count_if(windows.begin(), windows.end(),
+                               [](QWindow* w) { return w->flags() & Qt::WindowStaysOnTopHint; }),
+                 1);
+        QCOMPARE(video.window(), pip.floatingWindow());
+        pip.actionPlay();
+        pip.actionPause();
+        pip.actionStop();
+        QCOMPARE(toggles, 3);
+        // With the main window gone, closing the floating one still returns the item to its
+        // holder and forgets everything.
+        mainWindow.reset();
+        QPointer<QQuickWindow> window = pip.floatingWindow();
+        window->close();
+        QVERIFY(!pip.isActive() && !pip.floatingWindow());
+        QCOMPARE(video.parentItem(), &holder);
+        QTRY_VERIFY(!window);
+
+        TestPlayer player;
+        PlaybackEngine& engine = player.engine();
+        ControlStrip& strip = player.player().controlStrip();
+        strip.syncState();
+        QCOMPARE(strip.timeText(), QStringLiteral("00:00 / 00:00"));
+        player.open(fixtureUrl(QStringLiteral("clip60.mp4")));
+        engine.pause();
+        strip.seekSliderChanged(0.25);
+        QTRY_VERIFY(qAbs(engine.currentTime() - 15.0) < 0.5);
+        strip.syncState();
+        QCOMPARE(strip.timeText(), QStringLiteral("00:15 / 01:00"));
+        // Nothing to time (a picture): the slider stays where it was.
+        player.open(fixtureUrl(QStringLiteral("still.png")));
+        strip.syncState();
+        QCOMPARE(strip.timeText(), QStringLiteral("00:00 / 00:00"));
+        QCOMPARE(strip.sliderValue(), 0.25);
+        // The play button does nothing while a file loads.
+        QCoro::Task<> loading = engine.load(fixtureUrl(QStringLiteral("clip10.mp4")));
+        engine.pip()->actionPlay();
+        QCOMPARE(player.osdText(), QString());
+        QCoro::waitFor(std::move(loading));
+        QCOMPARE(engine.state().kind(), Kind::Playing);
+    }
+
+    // Leaving a file for another and quitting the player both keep its place and settings.
+    void aFileIsResumedWithItsSettingsInTheNextSession()
     {
         const QUrl a = fixtureUrl(QStringLiteral("clip30.mp4"));
-        const QUrl b = fixtureUrl(QStringLiteral("clip10.mp4"));
+        const QUrl b = fixtureUrl(QStringLiteral("clip60.mp4"));
         {
-            Player player;
-            QVERIFY(player.window->showAndWaitForRenderContext());
-            loadAndWait(*player.engine, a);
-            QCOMPARE(player.engine->history()->resumePosition(a), std::nullopt);
-            waitFor([&] { return player.engine->seek(12.0); });
-            player.engine->setRotation(450);
-            QCOMPARE(player.engine->videoRotation(), 90);
-            QCOMPARE(player.osdText(), QStringLiteral("Rotation: 90\u00b0"));
-            player.engine->setAudioDelay(7);
-            QCOMPARE(player.osdText(), QStringLiteral("Audio delay: +5.00s"));
-            player.engine->setAudioDelay(0.3);
-            QCOMPARE(player.osdText(), QStringLiteral("Audio delay: +0.30s"));
-
-            loadAndWait(*player.engine, b);
-            const auto recorded = player.engine->history()->resumePosition(a);
-            QVERIFY(recorded && qAbs(*recorded - 12.0) < 0.5);
-            // B has nothing stored: upright again; the audio delay carries over between files.
-            QCOMPARE(player.engine->videoRotation(), 0);
-            QTRY_COMPARE(MPVProperty::readInt64(player.mpv(), "video-rotate"),
-                         std::optional<qint64>(0));
-            QVERIFY(qAbs(mpvDouble(*player.engine, "audio-delay").value_or(-1) - 0.3) < 1e-6);
-            QSignalSpy messages(player.engine->osd(), &OSDManager::currentMessageChanged);
-            player.engine->setAudioDelay(0); // back to zero, silently
-            QCOMPARE(messages.count(), 0);
-            player.engine->setAudioDelay(0.3);
-        }
-        {
-            // A later session opens A again.
-            Player player;
-            QVERIFY(player.window->showAndWaitForRenderContext());
-            loadAndWait(*player.engine, a);
-            QCOMPARE(player.engine->state().kind(), Kind::Playing);
-            QVERIFY(qAbs(player.engine->currentTime() - 12.0) < 0.5);
-            QCOMPARE(player.osdText(), QStringLiteral("Resumed at 00:12"));
-            QCOMPARE(player.engine->videoRotation(), 90);
-            QTRY_COMPARE(MPVProperty::readInt64(player.mpv(), "video-rotate"),
-                         std::optional<qint64>(90));
-            QVERIFY(qAbs(mpvDouble(*player.engine, "audio-delay").value_or(-1) - 0.3) < 1e-6);
+            TestPlayer player;
+            player.open(a);
+            QCOMPARE(player.engine().history()->resumePosition(a), std::nullopt);
+            seek(player.engine(), 12.0);
+            player.commands().setRotation(90);
+            player.commands().setAudioDelay(0.3);
+            player.open(b);
+            QVERIFY(qAbs(player.engine().history()->resumePosition(a).value_or(0) - 12.0) < 0.5);
+            QCOMPARE(player.engine().videoRotation(), 0); // nothing stored: upright again
+            QCOMPARE(player.engine().audioDelay(), 0.3);  // the delay carries over
+            seek(player.engine(), 40.0);
+            player.commands().setRotation(270);
+        } // quit while b plays
+        TestPlayer player;
+        for (const auto& [url, position, rotation] : {std::tuple(a, 12.0, 90), {b, 40.0, 270}}) {
+            player.open(url);
+            QCOMPARE(player.engine().state().kind(), Kind::Playing);
+            QVERIFY(qAbs(player.engine().currentTime() - position) < 0.5);
+            QCOMPARE(
+                player.osdText(),
+                QStringLiteral("Resumed at 00:%1").arg(int(position), 2, 10, QLatin1Char('0')));
+            QCOMPARE(player.engine().videoRotation(), rotation);
+            QTRY_COMPARE(mpv<qint64>(player.engine(), "video-rotate"),
+                         std::optional<qint64>(rotation));
             QTRY_VERIFY_WITH_TIMEOUT(
-                qAbs(mpvDouble(*player.engine, "time-pos").value_or(0) - 12.0) < 1.0, 3000);
+                qAbs(mpv<double>(player.engine(), "time-pos").value_or(0) - position) < 1.0, 3000);
         }
     }
 };

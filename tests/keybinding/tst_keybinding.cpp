@@ -1,12 +1,14 @@
 // Key bindings: the stored table and its repair, key presses on a real window reaching their
 // actions, the repeat throttle, keys that must be left alone, and what each action does to a
 // real engine playing a fixture.
-#include "core/engine/MPVDecoder.h"
-#include "core/engine/PlaybackEngine.h"
+#include "app/KeyDispatch.h"
+#include "app/Player.h"
+#include "engine/PlaybackEngine.h"
 #include "features/osd/OSDManager.h"
 #include "features/playback/ABLoopManager.h"
 #include "infrastructure/keybinding/KeyBindingManager.h"
 #include "infrastructure/keybinding/QtKeyTranslation.h"
+#include "infrastructure/mpv/MPVDecoder.h"
 #include "infrastructure/preferences/Preferences.h"
 #include "support/TestSupport.h"
 
@@ -25,13 +27,7 @@ namespace {
 
 void storeBindings(const QByteArray& data)
 {
-    Preferences().setData(KeyBindingManager::storageKey, data);
-}
-
-QString osdText(const PlaybackEngine& engine)
-{
-    const auto message = engine.osd()->currentMessage();
-    return message ? message->text() : QString();
+    Preferences().setData(PreferenceKeys::keyBindings, data);
 }
 
 /// A main window that can take the keyboard focus, with a text field in it, and a binding
@@ -75,7 +71,11 @@ class KeyBindingTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { Preferences().remove(KeyBindingManager::storageKey); }
+    void init()
+    {
+        freshStart();
+        failOnWarnings();
+    }
 
     void defaultTableAndItsTexts()
     {
@@ -115,6 +115,9 @@ private Q_SLOTS:
         QCOMPARE(KeyBindings::fromJson(json), std::optional(KeyBindings::defaults()));
 
         QVERIFY(!KeyBindings::fromJson("[{\"action\": \"toggleMute\", \"keyCode\": 46}]"));
+        // A key number must be one: 12.5 is no key, and must not quietly become key 0.
+        QVERIFY(!KeyBindings::fromJson(
+            "[{\"action\": \"toggleMute\", \"keyCode\": 12.5, \"modifiers\": 0}]"));
         QVERIFY(!KeyBindings::fromJson("{\"action\": \"toggleMute\"}"));
         QVERIFY(!KeyBindings::fromJson("not json"));
     }
@@ -140,7 +143,7 @@ private Q_SLOTS:
             storeBindings(stored);
             KeyBindingManager manager;
             QCOMPARE(manager.bindings(), KeyBindings::defaults());
-            QCOMPARE(Preferences().dataValue(KeyBindingManager::storageKey), stored);
+            QCOMPARE(Preferences().dataValue(PreferenceKeys::keyBindings), stored);
         }
     }
 
@@ -160,7 +163,7 @@ private Q_SLOTS:
 
         reloaded.resetToDefaults();
         QCOMPARE(KeyBindingManager().bindings(), KeyBindings::defaults());
-        QCOMPARE(Preferences().dataValue(KeyBindingManager::storageKey),
+        QCOMPARE(Preferences().dataValue(PreferenceKeys::keyBindings),
                  KeyBindings::toJson(KeyBindings::defaults()));
     }
 
@@ -231,6 +234,22 @@ private Q_SLOTS:
         QTest::keyClick(&keys.window, Qt::Key_M);
         QCOMPARE(triggered.size(), 1);
 
+        // An open menu of the player's own takes the keys: arrows move through it.
+        QQmlComponent menuComponent(&keys.qml);
+        menuComponent.setData("import QtQuick.Controls\nMenu { MenuItem { text: \"one\" }"
+                              " MenuItem { text: \"two\" } }",
+                              QUrl());
+        std::unique_ptr<QObject> menu(menuComponent.create());
+        QVERIFY(menu);
+        menu->setProperty("parent", QVariant::fromValue(keys.window.contentItem()));
+        QMetaObject::invokeMethod(menu.get(), "open");
+        QTRY_VERIFY(menu->property("opened").toBool());
+        QTest::keyClick(&keys.window, Qt::Key_Down);
+        QTest::keyClick(&keys.window, Qt::Key_Space);
+        QCOMPARE(triggered.size(), 1);
+        QTRY_VERIFY(!menu->property("visible").toBool()); // Space chose the item
+        menu.reset();
+
         QQuickWindow other;
         other.resize(200, 100);
         other.show();
@@ -243,63 +262,56 @@ private Q_SLOTS:
 
     void actionsActOnARealEngine()
     {
-        auto engine = makeSilentEngine();
-        {
-            PlayerWindow window(engine.get());
-            QVERIFY(window.showAndWaitForRenderContext());
-            loadAndWait(*engine, fixtureUrl(QStringLiteral("clip30.mp4")));
-            QCOMPARE(engine->state().kind(), Kind::Playing);
-            KeyBindingManager& keys = *engine->keyBindings();
+        TestPlayer player;
+        PlaybackEngine& engine = player.engine();
+        KeyDispatch& keys = player.player().keyDispatch();
+        player.open(fixtureUrl(QStringLiteral("clip30.mp4")));
 
-            keys.executeAction(PlayerAction::togglePlayPause);
-            QCOMPARE(engine->state().kind(), Kind::Paused);
-            QCOMPARE(osdText(*engine), QStringLiteral("Paused"));
+        keys.execute(PlayerAction::togglePlayPause);
+        QCOMPARE(engine.state().kind(), Kind::Paused);
+        QCOMPARE(player.osdText(), QStringLiteral("Paused"));
 
-            // Seek steps come from the preferences at every press; non-positive means default.
-            QCoro::waitFor(engine->seek(2.0));
-            Preferences().setDouble(PreferenceKeys::seekSmallStep, 12.0);
-            keys.executeAction(PlayerAction::seekForwardSmall);
-            QTRY_COMPARE_WITH_TIMEOUT(qRound(engine->currentTime()), 14, 5000);
-            Preferences().setDouble(PreferenceKeys::seekSmallStep, 0.0);
-            keys.executeAction(PlayerAction::seekBackwardSmall);
-            QTRY_COMPARE_WITH_TIMEOUT(qRound(engine->currentTime()), 9, 5000);
-            Preferences().setDouble(PreferenceKeys::seekLargeStep, 15.0);
-            keys.executeAction(PlayerAction::seekForwardLarge);
-            QTRY_COMPARE_WITH_TIMEOUT(qRound(engine->currentTime()), 24, 5000);
+        // Seek steps come from the preferences at every press; non-positive means default.
+        QCoro::waitFor(engine.seek(2.0));
+        Preferences().setDouble(PreferenceKeys::seekSmallStep, 12.0);
+        keys.execute(PlayerAction::seekForwardSmall);
+        QTRY_COMPARE_WITH_TIMEOUT(qRound(engine.currentTime()), 14, 5000);
+        Preferences().setDouble(PreferenceKeys::seekSmallStep, 0.0);
+        keys.execute(PlayerAction::seekBackwardSmall);
+        QTRY_COMPARE_WITH_TIMEOUT(qRound(engine.currentTime()), 9, 5000);
+        Preferences().setDouble(PreferenceKeys::seekLargeStep, 15.0);
+        keys.execute(PlayerAction::seekForwardLarge);
+        QTRY_COMPARE_WITH_TIMEOUT(qRound(engine.currentTime()), 24, 5000);
 
-            for (int expected : {90, 180, 270, 0}) {
-                keys.executeAction(PlayerAction::rotateVideo);
-                QCOMPARE(engine->videoRotation(), expected);
-            }
-
-            keys.executeAction(PlayerAction::audioDelayIncrease);
-            keys.executeAction(PlayerAction::audioDelayIncrease);
-            QVERIFY(qFuzzyCompare(engine->decoder()->audioDelay(), 0.2));
-            keys.executeAction(PlayerAction::audioDelayReset);
-            QCOMPARE(engine->decoder()->audioDelay(), 0.0);
-            QCOMPARE(osdText(*engine), QStringLiteral("Audio delay: 0.0s"));
-
-            keys.executeAction(PlayerAction::setLoopA);
-            QVERIFY(engine->abLoop()->pointA().has_value());
-            keys.executeAction(PlayerAction::clearLoop);
-            QVERIFY(!engine->abLoop()->pointA().has_value());
-            QCOMPARE(osdText(*engine), QStringLiteral("Loop cleared"));
-
-            const bool muted = engine->isMuted();
-            keys.executeAction(PlayerAction::toggleMute);
-            QCOMPARE(engine->isMuted(), !muted);
-            const float volume = engine->volume();
-            keys.executeAction(PlayerAction::volumeDown);
-            QVERIFY(qAbs(engine->volume() - (volume - 0.05f)) < 1e-4f);
-
-            QSignalSpy fullScreen(&keys, &KeyBindingManager::toggleFullScreenRequested);
-            keys.executeAction(PlayerAction::toggleFullScreen);
-            QCOMPARE(fullScreen.size(), 1);
-
-            keys.executeAction(PlayerAction::togglePlayPause);
-            QCOMPARE(engine->state().kind(), Kind::Playing);
+        for (int expected : {90, 180, 270, 0}) {
+            keys.execute(PlayerAction::rotateVideo);
+            QCOMPARE(engine.videoRotation(), expected);
         }
-        engine.reset();
+        keys.execute(PlayerAction::audioDelayIncrease);
+        keys.execute(PlayerAction::audioDelayIncrease);
+        QVERIFY(qFuzzyCompare(engine.audioDelay(), 0.2));
+        QCOMPARE(player.osdText(), QStringLiteral("Audio delay: +0.20s"));
+        keys.execute(PlayerAction::audioDelayReset);
+        QCOMPARE(engine.audioDelay(), 0.0);
+        QCOMPARE(player.osdText(), QStringLiteral("Audio delay: 0.0s"));
+
+        keys.execute(PlayerAction::setLoopA);
+        QVERIFY(engine.abLoop()->pointA().has_value());
+        keys.execute(PlayerAction::clearLoop);
+        QVERIFY(!engine.abLoop()->pointA().has_value());
+        QCOMPARE(player.osdText(), QStringLiteral("Loop cleared"));
+
+        keys.execute(PlayerAction::toggleMute);
+        QVERIFY(engine.isMuted());
+        keys.execute(PlayerAction::volumeDown);
+        QVERIFY(qAbs(engine.volume() - 0.95f) < 1e-4f);
+
+        QSignalSpy fullScreen(&keys, &KeyDispatch::fullScreenToggleRequested);
+        keys.execute(PlayerAction::toggleFullScreen);
+        QCOMPARE(fullScreen.size(), 1);
+        keys.execute(PlayerAction::togglePlayPause);
+        QCOMPARE(engine.state().kind(), Kind::Playing);
+        QCOMPARE(player.osdText(), QStringLiteral("Playing"));
     }
 };
 

@@ -1,12 +1,14 @@
 // Value types and small models: time formatting, track labels, OSD texts and timing,
 // track/HDR change notification and the preference fallbacks.
-#include "core/engine/MPVError.h"
-#include "core/model/MediaTrack.h"
-#include "core/model/TimeFormat.h"
+#include "features/filter/VideoAdjustments.h"
 #include "features/hdr/HDRManager.h"
 #include "features/osd/OSDManager.h"
+#include "features/playback/ABLoopManager.h"
 #include "features/track/TrackManager.h"
+#include "infrastructure/mpv/MPVError.h"
 #include "infrastructure/preferences/Preferences.h"
+#include "model/MediaTrack.h"
+#include "model/TimeFormat.h"
 #include "support/TestSupport.h"
 
 #include <limits>
@@ -19,6 +21,12 @@ class ModelTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void init()
+    {
+        velmar::test::freshStart();
+        velmar::test::failOnWarnings();
+    }
+
     void formatTime_data()
     {
         QTest::addColumn<double>("seconds");
@@ -205,6 +213,76 @@ private Q_SLOTS:
         QVERIFY(!Preferences().resumePlayback());
         preferences.setFloat(PreferenceKeys::volume, 0.0f);
         QCOMPARE(Preferences().storedVolume(), std::optional<float>(0.0f));
+
+        // Values another program (or an older version) left behind stay harmless.
+        preferences.setDouble(PreferenceKeys::volume, 5.0);
+        QCOMPARE(preferences.storedVolume(), std::optional<float>(1.0f));
+        preferences.setDouble(PreferenceKeys::volume, 1e308);
+        QCOMPARE(preferences.storedVolume(), std::optional<float>(1.0f));
+        preferences.setValue(PreferenceKeys::volume, QStringLiteral("nan"));
+        QCOMPARE(preferences.storedVolume(), std::nullopt);
+        preferences.setValue(PreferenceKeys::seekSmallStep, QStringLiteral("inf"));
+        QCOMPARE(preferences.seekSmallStep(), 5.0);
+    }
+
+    void adjustmentsTrackCyclesAndLoopPoints()
+    {
+        FilterManager filters;
+        QCOMPARE(filters.pictureSettings(), PictureSettings{});
+        filters.setFilter(QStringLiteral("brightness"), true, 0.25f);
+        filters.setFilter(QStringLiteral("saturation"), true, 0.0f);
+        filters.setFilter(QStringLiteral("sharpen"), true, 0.5f);
+        filters.setFilter(QStringLiteral("contrast"), false, 3.0f); // off: neutral
+        PictureSettings picture = filters.pictureSettings();
+        QCOMPARE(picture.brightness, 25);
+        QCOMPARE(picture.saturation, -100);
+        QCOMPARE(picture.contrast, 0);
+        QCOMPARE(picture.videoFilters, QStringLiteral("unsharp=la=0.5"));
+        QVERIFY(!picture.deband && !picture.debandThreshold);
+        // Stored values far outside a parameter's range come back inside it.
+        filters.apply(
+            FilterState{QStringLiteral("deband"), true, {{QStringLiteral("threshold"), 1e30f}}});
+        QCOMPARE(filters.pictureSettings().debandThreshold, std::optional<qint64>(128));
+        filters.apply(
+            FilterState{QStringLiteral("deband"), true, {{QStringLiteral("threshold"), qQNaN()}}});
+        QCOMPARE(filters.pictureSettings().debandThreshold, std::optional<qint64>(48));
+
+        VideoAdjustments adjustments;
+        adjustments.setRotation(450);
+        QCOMPARE(adjustments.rotation(), 90);
+        adjustments.setRotation(-90); // the remainder keeps its sign
+        QCOMPARE(adjustments.rotation(), -90);
+        QCOMPARE(adjustments.setAudioDelay(7), 5.0);
+        QCOMPARE(adjustments.setAudioDelay(qQNaN()), 0.0);
+        adjustments.restore(PerFileSettings{0, {}, 12.0}); // a stored delay is clamped too
+        QCOMPARE(adjustments.audioDelay(), 5.0);
+
+        TrackManager tracks;
+        auto track = [](qint64 id, TrackType type) {
+            MediaTrack t;
+            t.id = id;
+            t.type = type;
+            return t;
+        };
+        tracks.updateTracks({track(3, TrackType::Sub), track(5, TrackType::Sub)});
+        tracks.setCurrentSubtitleID(5);
+        QCOMPARE(tracks.nextSubtitleTrack().result, TrackCycle::Result::Off);
+        tracks.setCurrentSubtitleID(0);
+        const TrackCycle first = tracks.nextSubtitleTrack();
+        QCOMPARE(first.track.id, 3);
+        QCOMPARE(first.position, 1);
+        QCOMPARE(first.count, 2);
+        QCOMPARE(tracks.nextAudioTrack().result, TrackCycle::Result::NoTracks);
+
+        ABLoopManager loop;
+        QVERIFY(!loop.markB(4)); // no A: refused
+        loop.markA(10);
+        QVERIFY(!loop.markB(10)); // not after A
+        QVERIFY(loop.markB(20));
+        QCOMPARE(loop.shouldLoop(19.99), std::nullopt);
+        QCOMPARE(loop.shouldLoop(20.0), std::optional<double>(10));
+        loop.markA(25); // past B: B goes
+        QCOMPARE(loop.pointB(), std::nullopt);
     }
 
     void mpvErrorTexts()

@@ -1,11 +1,14 @@
 // The library database: exact schema, the one-time migration of legacy preference records
-// (marker, idempotence, rollback), the 90-day retention, unusable files, the file as other
-// tools see it, and crash safety when the writing process is killed.
-#include "core/engine/PlaybackEngine.h"
-#include "core/model/TimeFormat.h"
+// (marker, idempotence, rollback), the 90-day retention, damaged and unusable files, the file as
+// other tools see it, and crash safety when the writing process is killed.
+#include "app/UserCommands.h"
+#include "engine/PlaybackEngine.h"
+#include "features/bookmark/BookmarkManager.h"
+#include "features/playlist/PlaybackHistoryManager.h"
 #include "infrastructure/persistence/DatabaseManager.h"
-#include "infrastructure/persistence/LibraryIdentity.h"
+#include "infrastructure/persistence/LibraryTables.h"
 #include "infrastructure/preferences/Preferences.h"
+#include "model/TimeFormat.h"
 #include "support/TestSupport.h"
 
 #include <csignal>
@@ -17,27 +20,9 @@ using namespace velmar::test;
 
 namespace {
 
-const QString kHistoryKey = QStringLiteral("VelmarPlayer.PlaybackHistory");
-const QString kBookmarksKey = QStringLiteral("VelmarPlayer.Bookmarks");
-const QString kPerFileKey = QStringLiteral("VelmarPlayer.PerFileSettings");
-
-const QStringList kSchema = {
-    QStringLiteral("    CREATE TABLE IF NOT EXISTS schema_info (\n        key TEXT PRIMARY KEY,\n"
-                   "        value TEXT NOT NULL\n    )"),
-    QStringLiteral(
-        "    CREATE TABLE IF NOT EXISTS playback_history (\n        id TEXT PRIMARY KEY,\n"
-        "        video_url TEXT NOT NULL UNIQUE,\n        title TEXT NOT NULL,\n"
-        "        last_position REAL,\n        duration REAL,\n"
-        "        last_played_at REAL NOT NULL\n    )"),
-    QStringLiteral("    CREATE TABLE IF NOT EXISTS bookmarks (\n        id TEXT PRIMARY KEY,\n"
-                   "        video_url TEXT NOT NULL,\n        time REAL NOT NULL,\n"
-                   "        name TEXT NOT NULL,\n        created_at REAL NOT NULL,\n"
-                   "        thumbnail_data BLOB\n    )"),
-    QStringLiteral("    CREATE INDEX IF NOT EXISTS idx_bookmarks_url ON bookmarks(video_url)"),
-    QStringLiteral("    CREATE TABLE IF NOT EXISTS per_file_settings (\n"
-                   "        file_path TEXT PRIMARY KEY,\n        settings_json TEXT NOT NULL,\n"
-                   "        updated_at REAL NOT NULL\n    )"),
-};
+const QString kHistoryKey = PreferenceKeys::legacyHistory;
+const QString kBookmarksKey = PreferenceKeys::legacyBookmarks;
+const QString kPerFileKey = PreferenceKeys::legacyPerFileSettings;
 
 qint64 count(SQLiteDatabase& db, const QString& table)
 {
@@ -116,25 +101,8 @@ class DatabaseTest : public QObject
 private Q_SLOTS:
     void init()
     {
-        Preferences preferences;
-        for (const QString& key : {kHistoryKey, kBookmarksKey, kPerFileKey})
-            preferences.remove(key);
-    }
-
-    void schemaIsExactlyAsWritten()
-    {
-        DatabaseManager manager(freshPath());
-        manager.setup();
-        // SQLite keeps each statement's text, minus leading blanks and "IF NOT EXISTS".
-        const auto rows = manager.db().query(QStringLiteral(
-            "SELECT name, sql FROM sqlite_master WHERE sql IS NOT NULL ORDER BY rowid"));
-        QStringList stored;
-        for (const SQLiteRow& row : rows)
-            stored << row[QStringLiteral("sql")].toText();
-        QStringList expected;
-        for (const QString& statement : kSchema)
-            expected << statement.trimmed().remove(QStringLiteral("IF NOT EXISTS "));
-        QCOMPARE(stored, expected);
+        freshStart();
+        failOnWarnings();
     }
 
     void firstStartMarksAndMigratesOnce()
@@ -229,7 +197,7 @@ private Q_SLOTS:
             QStringLiteral("INSERT INTO bookmarks VALUES ('b', 'file:///x', 1, 'n', ?, NULL)"),
             {SQLiteValue::real(now - 4000 * day)});
 
-        QCOMPARE(printedLines([&] { manager.setup(); }),
+        QCOMPARE(printedLines([&] { manager.cleanupExpiredData(); }),
                  QStringList{QStringLiteral(
                      "[DatabaseManager] TTL cleanup: 1 history, 1 settings removed")});
         const auto left = db.query(QStringLiteral("SELECT id FROM playback_history"));
@@ -239,65 +207,117 @@ private Q_SLOTS:
         QCOMPARE(count(db, QStringLiteral("bookmarks")), 1);
     }
 
-    void unusableFilesAreLeftAloneAndReported()
+    // Garbage, a file cut in half, a page overwritten: each is kept aside under a dated name,
+    // never touched, and a new library takes its place. A library that cannot be opened at
+    // all is reported.
+    void damagedLibrariesAreSetAsideForANewOne()
     {
-        // Garbage where the database should be: reported, and not touched.
-        const QString garbagePath = freshPath();
-        QDir().mkpath(QFileInfo(garbagePath).absolutePath());
-        QByteArray garbage(8192, '\0');
-        for (char& byte : garbage)
-            byte = char(QRandomGenerator::global()->bounded(256));
-        garbage.replace(0, 16, "not SQLite here!");
-        QFile file(garbagePath);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(garbage);
-        file.close();
-        DatabaseManager garbageManager(garbagePath);
-        QCOMPARE(printedLines([&] { garbageManager.setup(); }),
-                 QStringList{QStringLiteral(
-                     "[DatabaseManager] setup failed: SQLite prepare: file is not a database")});
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(file.readAll(), garbage);
+        using Outcome = DatabaseManager::SetupResult::Outcome;
+        const std::function<void(QByteArray&)> damages[] = {
+            [](QByteArray& bytes) {
+                for (char& byte : bytes)
+                    byte = char(QRandomGenerator::global()->bounded(256));
+            },
+            [](QByteArray& bytes) { bytes.truncate(bytes.size() / 2); },
+            [](QByteArray& bytes) { bytes.replace(4096, 4096, QByteArray(4096, '\x5a')); },
+        };
+        for (const auto& damage : damages) {
+            const QString path = freshPath();
+            {
+                DatabaseManager manager(path);
+                manager.setup();
+                for (int i = 0; i < 40; ++i)
+                    manager.db().execute(
+                        QStringLiteral("INSERT INTO bookmarks VALUES (?, 'file:///a.mp4', ?, "
+                                       "'mark', 0, zeroblob(3000))"),
+                        {SQLiteValue::text(QString::number(i)), SQLiteValue::real(i)});
+            } // closing the last connection folds the log into the file
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            QByteArray bytes = file.readAll();
+            file.close();
+            QVERIFY(bytes.size() > 64 * 1024);
+            damage(bytes);
+            QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+            file.write(bytes);
+            file.close();
+
+            DatabaseManager manager(path);
+            DatabaseManager::SetupResult result;
+            const QStringList lines = printedLines([&] { result = manager.setup(); });
+            QCOMPARE(result.outcome, Outcome::SetAside);
+            QVERIFY(
+                lines.contains(QStringLiteral("[DatabaseManager] Kept the damaged library as ") +
+                               result.setAsidePath));
+            QCOMPARE(QFileInfo(result.setAsidePath).absolutePath(), QFileInfo(path).absolutePath());
+            QVERIFY(QFileInfo(result.setAsidePath)
+                        .fileName()
+                        .startsWith(QStringLiteral("velmarplayer.damaged-") +
+                                    QDate::currentDate().toString(QStringLiteral("yyyyMMdd"))));
+            QFile kept(result.setAsidePath);
+            QVERIFY(kept.open(QIODevice::ReadOnly));
+            QCOMPARE(kept.readAll(), bytes);
+            QCOMPARE(count(manager.db(), QStringLiteral("bookmarks")), 0);
+            manager.db().execute(QStringLiteral("INSERT INTO schema_info VALUES ('k', 'v')"));
+        }
 
         // A folder that cannot be created.
         const QString blocked = m_dir.filePath(QStringLiteral("plain-file"));
         QFile(blocked).open(QIODevice::WriteOnly);
         DatabaseManager manager(blocked + QStringLiteral("/VelmarPlayer/velmarplayer.db"));
-        const QStringList lines = printedLines([&] { manager.setup(); });
+        DatabaseManager::SetupResult result;
+        const QStringList lines = printedLines([&] { result = manager.setup(); });
+        QCOMPARE(result.outcome, Outcome::Unavailable);
         QCOMPARE(lines.size(), 1);
         QVERIFY2(lines[0].startsWith(QStringLiteral("[DatabaseManager] setup failed: ")),
                  qPrintable(lines[0]));
     }
 
-    void thePlayerRunsOnWithABrokenLibrary()
+    // The player tells the user once what is wrong with the library and plays on.
+    void thePlayerSaysWhatIsWrongWithItsLibrary()
     {
-        const QString path = DatabaseManager::defaultDatabasePath();
+        const QString path = libraryPath();
         QDir().mkpath(QFileInfo(path).absolutePath());
         QFile file(path);
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write(QByteArray(4096, 'x'));
         file.close();
+        const QUrl clip = fixtureUrl(QStringLiteral("clip30.mp4"));
+        {
+            TestPlayer player;
+            QTRY_VERIFY(player.osdText().startsWith(
+                QStringLiteral("The library was damaged: it was kept as \u201clibrary-")));
+            player.open(clip);
+            QCoro::waitFor(player.engine().seek(6.0));
+            player.commands().addBookmark();
+        }
+        // The new library kept what that session stored.
+        {
+            TestPlayer player;
+            QTRY_COMPARE(player.engine().bookmarks()->bookmarks().size(), 1);
+            QVERIFY(player.engine().history()->resumePosition(clip) > 5.5);
+        }
 
-        std::unique_ptr<PlaybackEngine> engine;
-        const QStringList lines = printedLines([&] { engine = makeSilentEngine(); });
-        loadAndWait(*engine, fixtureUrl(QStringLiteral("audio-only.m4a")));
-        QCOMPARE(engine->state().kind(), PlayerState::Kind::Playing);
-        QCoro::waitFor(engine->seek(6.0));
-        // libmpv may still report a time from before the seek; wait until it has caught up.
-        QTRY_VERIFY_WITH_TIMEOUT(engine->currentTime() >= 6.0 && engine->currentTime() < 9.0, 5000);
-        // Leaving the file records its place: the write fails quietly, the session remembers.
-        loadAndWait(*engine, fixtureUrl(QStringLiteral("still.png")));
-        loadAndWait(*engine, fixtureUrl(QStringLiteral("audio-only.m4a")));
-        QCOMPARE(engine->state().kind(), PlayerState::Kind::Playing);
-        // Resumed at 6 s (and playing on from there, however slowly this build runs).
-        QVERIFY2(engine->currentTime() > 5.5 && engine->currentTime() < 10.0,
-                 qPrintable(QString::number(engine->currentTime())));
-        engine.reset();
-        QVERIFY(lines.contains(QStringLiteral(
-            "[DatabaseManager] setup failed: SQLite prepare: file is not a database")));
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(file.readAll(), QByteArray(4096, 'x'));
-        QFile::remove(path);
+        // A folder where the file should be: nothing can be stored, which is said once however
+        // often the player tries.
+        freshStart();
+        QVERIFY(QDir().mkpath(libraryPath()));
+        TestPlayer player;
+        const QStringList lines = printedLines([&] {
+            player.open(clip);
+            for (double at : {6.0, 8.0}) {
+                QCoro::waitFor(player.engine().seek(at));
+                player.commands().addBookmark();
+                QTest::qWait(300);
+            }
+        });
+        QCOMPARE(lines
+                     .filter(QStringLiteral("[OSDManager] History and bookmarks cannot be saved: "
+                                            "the library is not writable"))
+                     .size(),
+                 1);
+        QCOMPARE(player.engine().state().kind(), PlayerState::Kind::Playing);
+        QCOMPARE(player.engine().bookmarks()->bookmarks().size(), 2); // this session keeps them
     }
 
     void otherToolsSeeTheSameLibrary()

@@ -1,14 +1,16 @@
 // The stores over a real library file: playback history, bookmarks, per-file settings, and the
 // window frame kept in the preferences.
-#include "core/model/TimeFormat.h"
-#include "core/model/WindowState.h"
 #include "features/bookmark/BookmarkManager.h"
 #include "features/playlist/PlaybackHistoryManager.h"
-#include "infrastructure/persistence/DatabaseManager.h"
+#include "features/window/WindowState.h"
+#include "infrastructure/persistence/Library.h"
 #include "infrastructure/persistence/PerFileSettingsStore.h"
+#include "infrastructure/persistence/SQLiteDatabase.h"
 #include "infrastructure/preferences/Preferences.h"
+#include "model/TimeFormat.h"
 #include "support/TestSupport.h"
 
+#include <QCoroTask>
 #include <QSignalSpy>
 
 using namespace velmar::test;
@@ -20,10 +22,16 @@ QUrl media(int n)
     return QUrl::fromLocalFile(QStringLiteral("/media/film %1.mkv").arg(n));
 }
 
-qint64 rowCount(SQLiteDatabase& db, const QString& table)
+template <typename Manager> void load(Manager& manager)
 {
-    return db.query(QStringLiteral("SELECT count(*) AS n FROM ") + table)[0][QStringLiteral("n")]
-        .toInteger();
+    if constexpr (std::is_same_v<Manager, PlaybackHistoryManager>)
+        QCoro::waitFor(manager.loadHistory());
+    else if constexpr (std::is_same_v<Manager, BookmarkManager>)
+        QCoro::waitFor(manager.loadBookmarks());
+    else {
+        manager.loadAll();
+        QTRY_VERIFY(manager.loaded().isFinished());
+    }
 }
 
 } // namespace
@@ -33,20 +41,39 @@ class LibraryTest : public QObject
     Q_OBJECT
 
     QTemporaryDir m_dir;
-    std::unique_ptr<DatabaseManager> m_database;
+    QString m_path;
+    std::unique_ptr<Library> m_library;
+
+    /// A second connection to the library file, once the library has written what it was
+    /// handed: what another program (or the next start) sees.
+    SQLiteDatabase& file()
+    {
+        m_library->waitForPendingWrites(std::chrono::seconds(5));
+        static SQLiteDatabase db;
+        db.open(m_path);
+        return db;
+    }
+
+    qint64 rowCount(const QString& table)
+    {
+        return file()
+            .query(QStringLiteral("SELECT count(*) AS n FROM ") + table)[0][QStringLiteral("n")]
+            .toInteger();
+    }
 
 private Q_SLOTS:
     void init()
     {
+        failOnWarnings();
         static int serial = 0;
-        m_database = std::make_unique<DatabaseManager>(
-            m_dir.filePath(QStringLiteral("lib%1/velmarplayer.db").arg(++serial)));
-        m_database->setup();
+        m_path = m_dir.filePath(QStringLiteral("lib%1/velmarplayer.db").arg(++serial));
+        m_library = std::make_unique<Library>(m_path);
     }
 
     void historyRecordsOnlyResumablePositions()
     {
-        PlaybackHistoryManager history(m_database->db());
+        PlaybackHistoryManager history(*m_library);
+        load(history);
         history.recordPosition(media(1), QStringLiteral("one"), 5.0, 100);  // the opening seconds
         history.recordPosition(media(1), QStringLiteral("one"), 95.0, 100); // the last five
         history.recordPosition(media(1), QStringLiteral("one"), qQNaN(), 100);
@@ -68,7 +95,8 @@ private Q_SLOTS:
         QCOMPARE(history.recentRecords(1).size(), 1);
 
         // The table agrees after a restart.
-        PlaybackHistoryManager reloaded(m_database->db());
+        PlaybackHistoryManager reloaded(*m_library);
+        load(reloaded);
         QCOMPARE(reloaded.history().size(), 2);
         QCOMPARE(reloaded.resumePosition(media(1)), std::optional<double>(42.0));
         QCOMPARE(reloaded.history()[0].title, QStringLiteral("one"));
@@ -76,7 +104,7 @@ private Q_SLOTS:
 
     void historyKeepsTheFiftyNewest()
     {
-        PlaybackHistoryManager history(m_database->db());
+        PlaybackHistoryManager history(*m_library);
         for (int i = 1; i <= 51; ++i) {
             history.recordPosition(media(i), QStringLiteral("film"), 10, 100);
             QTest::qWait(1); // distinct play times
@@ -84,8 +112,8 @@ private Q_SLOTS:
         QCOMPARE(history.history().size(), 50);
         QCOMPARE(history.history().first().videoURL, media(51));
         QCOMPARE(history.resumePosition(media(1)), std::nullopt);
-        QCOMPARE(rowCount(m_database->db(), QStringLiteral("playback_history")), 50);
-        QVERIFY(m_database->db()
+        QCOMPARE(rowCount(QStringLiteral("playback_history")), 50);
+        QVERIFY(file()
                     .query(QStringLiteral("SELECT 1 FROM playback_history WHERE video_url = ?"),
                            {SQLiteValue::text(media(1).toString(QUrl::FullyEncoded))})
                     .isEmpty());
@@ -93,7 +121,7 @@ private Q_SLOTS:
 
     void historyLoadSkipsMalformedRows()
     {
-        SQLiteDatabase& db = m_database->db();
+        SQLiteDatabase& db = file();
         const double now = velmar::referenceTimestampNow();
         db.execute(QStringLiteral("INSERT INTO playback_history VALUES (?, ?, 't', NULL, NULL, ?)"),
                    {SQLiteValue::text(QUuid::createUuid().toString(QUuid::WithoutBraces)),
@@ -102,7 +130,8 @@ private Q_SLOTS:
         db.execute(QStringLiteral("INSERT INTO playback_history VALUES ('not-a-uuid', "
                                   "'file:///bad.mkv', 't', 1, 2, ?)"),
                    {SQLiteValue::real(now)});
-        PlaybackHistoryManager history(db);
+        PlaybackHistoryManager history(*m_library);
+        load(history);
         QCOMPARE(history.history().size(), 1);
         QCOMPARE(history.history()[0].lastPosition, 0.0);
         QCOMPARE(history.history()[0].duration, 0.0);
@@ -111,7 +140,7 @@ private Q_SLOTS:
     void bookmarksKeepTheirSpacingAndOrder()
     {
         {
-            BookmarkManager bookmarks(m_database->db());
+            BookmarkManager bookmarks(*m_library);
             QVERIFY(bookmarks.add(media(1), 10.9, QStringLiteral("first")).has_value());
             QVERIFY(!bookmarks.add(media(1), 10.0, QStringLiteral("too close")).has_value());
             QVERIFY(bookmarks.add(media(1), 11.9, QStringLiteral("a second later")).has_value());
@@ -127,7 +156,8 @@ private Q_SLOTS:
             bookmarks.updateThumbnail(first.id, QByteArray("later image"));
             QCOMPARE(bookmarks.bookmarks(media(1)).at(1).thumbnailData, QByteArray("later image"));
         }
-        BookmarkManager reloaded(m_database->db());
+        BookmarkManager reloaded(*m_library);
+        load(reloaded);
         const QList<Bookmark> all = reloaded.bookmarks();
         QCOMPARE(all.size(), 4);
         QCOMPARE(all.first().name, QStringLiteral("early")); // newest created first
@@ -142,7 +172,7 @@ private Q_SLOTS:
         reloaded.remove(reloaded.bookmarks(media(2))[0]);
         reloaded.removeAllBookmarks(media(1));
         QVERIFY(reloaded.bookmarks().isEmpty());
-        QCOMPARE(rowCount(m_database->db(), QStringLiteral("bookmarks")), 0);
+        QCOMPARE(rowCount(QStringLiteral("bookmarks")), 0);
     }
 
     void perFileSettingsForgetDefaults()
@@ -150,14 +180,15 @@ private Q_SLOTS:
         const QUrl url = QUrl::fromLocalFile(QStringLiteral("/media/with space.mkv"));
         PerFileSettings rotated{90, {}, 0.0};
         {
-            PerFileSettingsStore store(m_database->db());
+            PerFileSettingsStore store(*m_library);
             store.save(rotated, url);
             QTest::qWait(10);
             rotated.audioDelay = 0.25;
             store.save(rotated, url);
-            QCOMPARE(rowCount(m_database->db(), QStringLiteral("per_file_settings")), 1);
+            QCOMPARE(rowCount(QStringLiteral("per_file_settings")), 1);
         }
-        PerFileSettingsStore reloaded(m_database->db());
+        PerFileSettingsStore reloaded(*m_library);
+        load(reloaded);
         QCOMPARE(reloaded.settings(QStringLiteral("/media/with space.mkv")), rotated);
 
         // Disabled filters do not count, whatever their parameters.
@@ -167,12 +198,12 @@ private Q_SLOTS:
             0.0};
         reloaded.save(defaults, url);
         QCOMPARE(reloaded.settings(url.path()), std::nullopt);
-        QCOMPARE(rowCount(m_database->db(), QStringLiteral("per_file_settings")), 0);
+        QCOMPARE(rowCount(QStringLiteral("per_file_settings")), 0);
     }
 
     void perFileDocumentsMustBeComplete()
     {
-        SQLiteDatabase& db = m_database->db();
+        SQLiteDatabase& db = file();
         const double now = velmar::referenceTimestampNow();
         auto insert = [&](const QString& path, const QString& json) {
             db.execute(QStringLiteral("INSERT INTO per_file_settings VALUES (?, ?, ?)"),
@@ -186,7 +217,8 @@ private Q_SLOTS:
         insert(QStringLiteral("/half-degree"),
                QStringLiteral("{\"rotation\":90.5,\"filters\":[],\"audioDelay\":0}"));
         insert(QStringLiteral("/not-json"), QStringLiteral("{rotation"));
-        PerFileSettingsStore store(db);
+        PerFileSettingsStore store(*m_library);
+        load(store);
         QCOMPARE(store.cache().size(), 1);
         const auto ok = store.settings(QStringLiteral("/ok"));
         QCOMPARE(ok->rotation, 180);
@@ -196,7 +228,7 @@ private Q_SLOTS:
     void windowFrameSurvivesAndRejectsMalformedValues()
     {
         Preferences preferences;
-        preferences.remove(WindowState::frameKey);
+        preferences.remove(PreferenceKeys::windowFrame);
         WindowState state;
         QCOMPARE(state.loadSavedFrame(), std::nullopt);
         QCOMPARE(state.videoAspectRatio(), 16.0 / 9.0);
@@ -205,16 +237,17 @@ private Q_SLOTS:
         state.saveFrame(QRectF(100, 120, 1024, 576));
         state.saveFrame(QRectF(100, 120, 1024, 576));
         QCOMPARE(frames.count(), 1);
-        QCOMPARE(WindowState().loadSavedFrame(),
-                 std::optional<QRectF>(QRectF(100, 120, 1024, 576)));
+        QCOMPARE(state.loadSavedFrame(), std::optional<QRectF>(QRectF(100, 120, 1024, 576)));
+        QTRY_COMPARE(WindowState().loadSavedFrame(),
+                     std::optional<QRectF>(QRectF(100, 120, 1024, 576)));
 
-        preferences.setValue(WindowState::frameKey, QVariantMap{{QStringLiteral("x"), 1.0},
-                                                                {QStringLiteral("y"), 2.0},
-                                                                {QStringLiteral("w"), 3.0}});
+        preferences.setValue(PreferenceKeys::windowFrame, QVariantMap{{QStringLiteral("x"), 1.0},
+                                                                      {QStringLiteral("y"), 2.0},
+                                                                      {QStringLiteral("w"), 3.0}});
         QCOMPARE(state.loadSavedFrame(), std::nullopt);
-        preferences.setValue(WindowState::frameKey, QStringLiteral("100,120,1024,576"));
+        preferences.setValue(PreferenceKeys::windowFrame, QStringLiteral("100,120,1024,576"));
         QCOMPARE(state.loadSavedFrame(), std::nullopt);
-        preferences.setValue(WindowState::frameKey,
+        preferences.setValue(PreferenceKeys::windowFrame,
                              QVariantMap{{QStringLiteral("x"), QStringLiteral("left")},
                                          {QStringLiteral("y"), 2.0},
                                          {QStringLiteral("w"), 3.0},

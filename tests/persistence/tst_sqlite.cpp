@@ -31,6 +31,8 @@ class SQLiteTest : public QObject
     QString freshPath(const QString& name) { return m_dir.filePath(name); }
 
 private Q_SLOTS:
+    void init() { failOnWarnings(); }
+
     void valuesRoundTrip()
     {
         SQLiteDatabase db;
@@ -128,7 +130,7 @@ private Q_SLOTS:
         QVERIFY(!db.isOpen());
     }
 
-    void aLockedDatabaseWaitsInsteadOfFailing()
+    void aLockedDatabaseWaitsOnlyAsLongAsAsked()
     {
         const QString path = freshPath(QStringLiteral("shared.db"));
         SQLiteDatabase first;
@@ -144,7 +146,15 @@ private Q_SLOTS:
             std::this_thread::sleep_for(std::chrono::milliseconds(400));
             first.execute(QStringLiteral("COMMIT"));
         });
-        // Without a busy timeout this would fail at once with "database is locked".
+        // Without a busy timeout it fails at once, and says the failure is a lock.
+        try {
+            second.execute(QStringLiteral("INSERT INTO t VALUES ('second')"));
+            QFAIL("a locked database took a write");
+        } catch (const SQLiteError& error) {
+            QVERIFY(error.isBusy());
+            QCOMPARE(error.errorDescription(), QStringLiteral("SQLite step: database is locked"));
+        }
+        second.setBusyTimeout(5000);
         QCOMPARE(second.execute(QStringLiteral("INSERT INTO t VALUES ('second')")), 1);
         holder.join();
         QCOMPARE(second.query(QStringLiteral("SELECT who FROM t ORDER BY rowid")).size(), 2);

@@ -1,6 +1,8 @@
 // The playlist: folder scans on real folders, stepping, and the remove/move index rules; then
-// the engine playing through it on real media.
-#include "core/engine/PlaybackEngine.h"
+// the engine playing through it on real media, past broken items.
+#include "app/OpeningRule.h"
+#include "app/UserCommands.h"
+#include "engine/PlaybackEngine.h"
 #include "features/playlist/FolderScanner.h"
 #include "features/playlist/PlaylistManager.h"
 #include "support/TestSupport.h"
@@ -44,6 +46,12 @@ class PlaylistTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void init()
+    {
+        freshStart();
+        failOnWarnings();
+    }
+
     void folderScansFindVideosInNaturalOrder()
     {
         QTemporaryDir dir;
@@ -170,40 +178,102 @@ private Q_SLOTS:
 
     void theEngineAdvancesAtTheEndOfEachItem()
     {
-        auto engine = makeSilentEngine();
-        PlaylistManager& playlist = *engine->playlist();
+        TestPlayer player;
+        PlaybackEngine& engine = player.engine();
+        PlaylistManager& playlist = *engine.playlist();
         playlist.add(fixtureUrl(QStringLiteral("audio-only.m4a")));
         playlist.add(fixtureUrl(QStringLiteral("tracks.mkv")));
         playlist.add(fixtureUrl(QStringLiteral("audio-only.m4a")));
-        auto player = std::make_unique<PlayerWindow>(engine.get());
-        QVERIFY(player->showAndWaitForRenderContext());
 
-        loadAndWait(*engine, *playlist.play(0));
-        QCOMPARE(playlist.items()[0].duration.has_value(), true);
-        QCoro::waitFor(engine->seek(engine->duration() - 0.3));
+        player.open(*playlist.play(0));
+        QVERIFY(playlist.items()[0].duration.has_value());
+        QCoro::waitFor(engine.seek(engine.duration() - 0.3));
         // The end of the first item opens the second one.
         QTRY_COMPARE_WITH_TIMEOUT(playlist.currentIndex(), std::optional<int>(1), 5000);
-        QTRY_COMPARE_WITH_TIMEOUT(engine->mediaTitle(), QStringLiteral("tracks"), 5000);
-        QTRY_COMPARE(engine->state().kind(), PlayerState::Kind::Playing);
-        QVERIFY(!engine->isAtEnd());
+        QTRY_COMPARE_WITH_TIMEOUT(engine.mediaTitle(), QStringLiteral("tracks"), 5000);
+        QTRY_COMPARE(engine.state().kind(), PlayerState::Kind::Playing);
+        QVERIFY(!engine.isAtEnd());
 
-        QCoro::waitFor(engine->playPrevious());
+        QCoro::waitFor(engine.playPrevious());
         QCOMPARE(playlist.currentIndex(), 0);
-        QCOMPARE(engine->mediaTitle(), QStringLiteral("audio-only"));
-        QCoro::waitFor(engine->playNext());
-        QCoro::waitFor(engine->playNext());
+        QCoro::waitFor(engine.playNext());
+        QCoro::waitFor(engine.playNext());
         QCOMPARE(playlist.currentIndex(), 2);
-        QCoro::waitFor(engine->playNext()); // nothing after the last: nothing happens
+        QCoro::waitFor(engine.playNext()); // nothing after the last: nothing happens
         QCOMPARE(playlist.currentIndex(), 2);
 
         // At the end of the last item the engine stays paused at the end.
-        QCoro::waitFor(engine->seek(engine->duration() - 0.3));
-        QTRY_VERIFY_WITH_TIMEOUT(engine->isAtEnd(), 30000);
-        QCOMPARE(engine->state().kind(), PlayerState::Kind::Paused);
+        QCoro::waitFor(engine.seek(engine.duration() - 0.3));
+        QTRY_VERIFY_WITH_TIMEOUT(engine.isAtEnd(), 30000);
+        QCOMPARE(engine.state().kind(), PlayerState::Kind::Paused);
         QCOMPARE(playlist.currentIndex(), 2);
+    }
 
-        player.reset();
-        engine.reset();
+    // A folder of broken files shows each error briefly and goes on; a long run of them stops
+    // the playlist on the last error instead of trying every file.
+    void brokenItemsArePassedOverUntilTooManyFail()
+    {
+        TestPlayer player;
+        PlaybackEngine& engine = player.engine();
+        player.expectLibmpvErrors();
+        QVERIFY(player.show());
+        for (const int broken : {3, 11}) {
+            QTemporaryDir folder;
+            for (int i = 1; i <= broken; ++i)
+                touch(folder.filePath(QStringLiteral("broken %1.mp4").arg(i)));
+            QFile::copy(fixturePath(QStringLiteral("clip10.mp4")),
+                        folder.filePath(QStringLiteral("working.mp4")));
+            QList<PlayerState> states;
+            const auto connection = connect(&engine, &PlaybackEngine::stateChanged, this,
+                                            [&] { states << engine.state(); });
+            QCoro::waitFor(OpeningRule::open(&engine, &player.commands(),
+                                             {QUrl::fromLocalFile(folder.path())}));
+            if (broken < 10) {
+                QTRY_COMPARE_WITH_TIMEOUT(engine.mediaTitle(), QStringLiteral("working"), 10000);
+                QTRY_COMPARE(engine.state().kind(), PlayerState::Kind::Playing);
+                QCOMPARE(std::count_if(states.begin(), states.end(),
+                                       [](const PlayerState& s) {
+                                           return s.kind() == PlayerState::Kind::Error;
+                                       }),
+                         broken);
+            } else {
+                QTRY_COMPARE_WITH_TIMEOUT(engine.playlist()->currentIndex(), 9, 15000);
+                QTRY_COMPARE(engine.state().kind(), PlayerState::Kind::Error);
+                QTest::qWait(1500); // and it stays there
+                QCOMPARE(engine.playlist()->currentIndex(), 9);
+                QVERIFY(engine.state().message().contains(QStringLiteral("broken 10.mp4")));
+            }
+            disconnect(connection);
+        }
+    }
+
+    // The end of a file arriving while the next one opens belongs to the old file: it neither
+    // skips the new one nor stops it half way.
+    void theEndOfAFileDoesNotReachTheNextOne()
+    {
+        TestPlayer player;
+        PlaybackEngine& engine = player.engine();
+        PlaylistManager& playlist = *engine.playlist();
+        for (const char* name : {"clip10.mp4", "clip30.mp4", "clip60.mp4"})
+            playlist.add(fixtureUrl(QString::fromLatin1(name)));
+        // The second item has a place and settings to come back to.
+        player.open(*playlist.play(1));
+        QCoro::waitFor(engine.seek(12.0));
+        engine.setRotation(180);
+        for (const int delay : {0, 40, 90}) {
+            player.open(*playlist.play(0));
+            engine.setLoopPointA();
+            QCoro::waitFor(engine.seek(engine.duration() - 0.1));
+            QTest::qWait(delay);
+            player.open(*playlist.play(1));
+            QTest::qWait(400); // a late report of the first file's end would land by now
+            QCOMPARE(playlist.currentIndex(), 1);
+            QCOMPARE(engine.state().kind(), PlayerState::Kind::Playing);
+            QVERIFY(qAbs(engine.duration() - 30.0) < 0.5);
+            QVERIFY(engine.currentTime() > 11.5);
+            QCOMPARE(engine.videoRotation(), 180);
+            QCOMPARE(engine.abLoop()->pointA(), std::nullopt);
+        }
     }
 };
 

@@ -1,45 +1,114 @@
-// The real main window (Main.qml) over a real engine: each engine state shows its screen, and
-// the on-screen display draws its message over the video.
+// The real main window over a real engine and real media, driven with synthesized mouse, wheel,
+// key and drop events, as far as the player view decides what they do.
 #include "app/AppDelegate.h"
-#include "core/engine/MPVDecoder.h"
-#include "core/engine/PlaybackEngine.h"
+#include "app/UserCommands.h"
+#include "engine/PlaybackEngine.h"
 #include "features/osd/OSDManager.h"
+#include "features/playlist/PlaylistManager.h"
+#include "features/track/TrackManager.h"
+#include "features/window/WindowState.h"
+#include "infrastructure/keybinding/KeyBindingManager.h"
+#include "infrastructure/mpv/MPVDecoder.h"
 #include "support/TestSupport.h"
+#include "ui/SymbolIcons.h"
 
+#include <fcntl.h>
+#include <QAccessible>
+#include <QCoroTask>
+#include <QIcon>
+#include <QMimeData>
 #include <QQuickItem>
 #include <QtQml/qqmlextensionplugin.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 Q_IMPORT_QML_PLUGIN(VelmarPlugin)
 
 using namespace velmar::test;
+using namespace Qt::StringLiterals;
+using Kind = PlayerState::Kind;
 
 namespace {
 
-/// Share of pixels in the rectangle that are bright (text, icons, the OSD capsule).
-double brightShare(const QImage& image, const QRect& area)
+/// The names a screen reader finds on screen, through Qt's accessibility interfaces.
+QStringList accessibleNames(QAccessibleInterface* node)
 {
-    int bright = 0;
-    for (int y = area.top(); y <= area.bottom(); ++y)
-        for (int x = area.left(); x <= area.right(); ++x)
-            bright += qGray(image.pixel(x, y)) > 110 ? 1 : 0;
-    return double(bright) / (area.width() * area.height());
+    QStringList names;
+    if (!node || node->state().invisible)
+        return names;
+    if (const QString name = node->text(QAccessible::Name); !name.isEmpty())
+        names << name;
+    for (int i = 0; i < node->childCount(); ++i)
+        names << accessibleNames(node->child(i));
+    return names;
 }
 
-QString visibleTexts(QQuickItem* item)
+/// The started application with its window drawn, silent, at half volume.
+struct RunningApp
 {
-    QStringList texts;
-    for (QQuickItem* child : item->childItems()) {
-        if (!child->isVisible())
-            continue;
-        const QVariant text = child->property("text");
-        if (text.isValid() && !text.toString().isEmpty())
-            texts << text.toString();
-        const QString inner = visibleTexts(child);
-        if (!inner.isEmpty())
-            texts << inner;
+    std::unique_ptr<AppDelegate> app = std::make_unique<AppDelegate>(libraryPath());
+    PlaybackEngine* engine = app->engine();
+    QQuickWindow* window = nullptr;
+    QQuickItem* view = nullptr;
+
+    bool start()
+    {
+        engine->decoder()->setMPVString("ao", u"null"_s);
+        engine->decoder()->setMPVString("hwdec", u"no"_s);
+        if (!app->start({}) || !QTest::qWaitForWindowExposed(app->mainWindow()))
+            return false;
+        window = app->mainWindow();
+        view = item("playerView");
+        engine->setVolume(0.5f);
+        QQuickItem* video = item("videoView");
+        return view && video &&
+               QTest::qWaitFor([video] { return video->property("hasRenderContext").toBool(); });
     }
-    return texts.join(QLatin1Char('|'));
-}
+    QQuickItem* item(const char* name) const
+    {
+        return window->findChild<QQuickItem*>(QString::fromLatin1(name));
+    }
+    bool shows(const char* name) const { return item(name) && item(name)->isVisible(); }
+    QString text(const char* name) const { return item(name)->property("text").toString(); }
+    bool controlsShown() const { return view->property("controlsShown").toBool(); }
+    int sidePanelTab() const { return view->property("sidePanelTab").toInt(); }
+    bool guideShown() const { return view->property("shortcutGuideShown").toBool(); }
+    Qt::CursorShape cursor() const { return window->cursor().shape(); }
+    QPoint center() const { return QPoint(window->width() / 2 - 100, window->height() / 2); }
+    QPoint centerOf(const char* name) const
+    {
+        return item(name)->mapToScene(item(name)->boundingRect().center()).toPoint();
+    }
+    void click(QPoint at) { QTest::mouseClick(window, Qt::LeftButton, {}, at); }
+    void click(const char* name) { click(centerOf(name)); }
+    void play(const QString& fixture) { QCoro::waitFor(engine->load(fixtureUrl(fixture))); }
+    void moveMouse(QPoint to)
+    {
+        QCursor::setPos(window->mapToGlobal(to));
+        QTest::mouseMove(window, to + QPoint(1, 0));
+        QTest::mouseMove(window, to);
+    }
+    void wheel(QPoint at, int angleDelta)
+    {
+        QWheelEvent event(at, window->mapToGlobal(at), QPoint(), QPoint(0, angleDelta),
+                          Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(window, &event);
+    }
+    void drop(const QList<QUrl>& urls)
+    {
+        QMimeData data;
+        data.setUrls(urls);
+        QDragEnterEvent enter(center(), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(window, &enter);
+        QDropEvent dropped(center(), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(window, &dropped);
+    }
+    /// What a screen reader finds on screen, in order.
+    QString accessibleText() const
+    {
+        return accessibleNames(QAccessible::queryAccessibleInterface(window)).join(u'|');
+    }
+};
 
 } // namespace
 
@@ -48,47 +117,254 @@ class UiTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void screensFollowTheEngineAndTheOSDDraws()
+    void init()
     {
-        auto app = std::make_unique<AppDelegate>();
-        PlaybackEngine* engine = app->engine();
-        engine->decoder()->setMPVString("ao", QStringLiteral("null"));
-        QVERIFY(app->start({}));
-        QQuickWindow* window = app->mainWindow();
-        QVERIFY(QTest::qWaitForWindowExposed(window));
-        QCOMPARE(window->minimumSize(), QSize(480, 270));
-        QCOMPARE(window->color(), QColor(Qt::black));
+        freshStart();
+        failOnWarnings();
+    }
 
-        QVERIFY(visibleTexts(window->contentItem())
-                    .contains(QStringLiteral("Drop a video file here  \u00b7  Ctrl+O")));
-        QVERIFY(!visibleTexts(window->contentItem()).contains(QStringLiteral("Loading...")));
+    void everySymbolHasAThemeIcon()
+    {
+        QIcon::setThemeName(u"Adwaita"_s); // the player's theme where the desktop sets none
+        for (const QString& symbol : SymbolIcons::symbols())
+            QVERIFY2(QIcon::hasThemeIcon(SymbolIcons::name(symbol)), qPrintable(symbol));
+        for (const OSDMessage& message :
+             {OSDMessage::volume(0), OSDMessage::volume(0.5f), OSDMessage::seek(1, 2),
+              OSDMessage::playbackRate(1), OSDMessage::muted(true), OSDMessage::text({}),
+              OSDMessage::paused(), OSDMessage::playing()})
+            QVERIFY2(SymbolIcons::symbols().contains(message.icon()), qPrintable(message.icon()));
+    }
 
-        loadAndWait(*engine, fixtureUrl(QStringLiteral("empty.mp4")));
-        QTRY_COMPARE_WITH_TIMEOUT(engine->state().kind(), PlayerState::Kind::Error, 5000);
-        QTRY_VERIFY(visibleTexts(window->contentItem())
-                        .contains(QStringLiteral("Cannot play \u201cempty.mp4\u201d")));
+    void eachStateHasItsScreen()
+    {
+        RunningApp running;
+        QVERIFY(running.start());
 
-        loadAndWait(*engine, fixtureUrl(QStringLiteral("clip10.mp4")));
-        QCOMPARE(engine->state().kind(), PlayerState::Kind::Playing);
-        engine->pause();
-        QTRY_VERIFY(!visibleTexts(window->contentItem()).contains(QStringLiteral("Drop a video")));
-        QTest::qWait(1700); // let any start-up message fade
+        // Idle, with nothing made that nobody asked for yet.
+        QVERIFY(running.accessibleText().contains(u"Drop a video file here  \u00b7  Ctrl+O"_s));
+        QCOMPARE(QGuiApplication::topLevelWindows().size(), 1);
+        QVERIFY(!running.item("shortcutGuideCard"));
+        for (const char* name : {"Open File", "Playlist", "Keyboard Shortcuts", "Video player"})
+            QVERIFY2(running.accessibleText().contains(QLatin1String(name)), name);
+        QVERIFY(!running.accessibleText().contains(u"Image viewer"_s));
+        running.click("openFileButton");
+        QObject* dialog = running.window->property("openDialog").value<QObject*>();
+        QVERIFY(dialog && dialog->property("visible").toBool());
+        QMetaObject::invokeMethod(dialog, "close");
 
-        const int width = window->width();
-        const QRect osdArea(width / 2 - 150, 30, 300, 50);
-        engine->osd()->show(OSDMessage::text(QStringLiteral("Resumed at 00:12")), 5.0);
-        QTRY_VERIFY(
-            visibleTexts(window->contentItem()).contains(QStringLiteral("Resumed at 00:12")));
+        // A load that takes its time says so, a moment later, over the picture.
+        QTemporaryDir dir;
+        const QByteArray pipe = QFile::encodeName(dir.filePath(u"slow.mp4"_s));
+        QCOMPARE(mkfifo(pipe.constData(), 0600), 0);
+        running.engine->open(QUrl::fromLocalFile(QFile::decodeName(pipe)));
+        QCOMPARE(running.engine->state().kind(), Kind::Loading);
+        QVERIFY(!running.shows("loadingText"));
+        QTRY_VERIFY(running.shows("loadingText"));
+        QVERIFY(running.shows("videoView"));
+
+        // Nothing comes through the pipe: an error, with the engine's message.
+        ::close(::open(pipe.constData(), O_WRONLY));
+        QTRY_COMPARE_WITH_TIMEOUT(running.engine->state().kind(), Kind::Error, 10000);
+        QTRY_VERIFY(running.accessibleText().contains(u"Cannot play \u201cslow.mp4\u201d"_s));
+        QVERIFY(!running.shows("loadingText"));
+
+        running.play(u"still.png"_s);
+        QVERIFY(running.shows("imageView"));
+        QVERIFY(running.accessibleText().contains(u"Image viewer"_s));
+    }
+
+    void controlsFollowTheMouseAndClicks()
+    {
+        RunningApp running;
+        QVERIFY(running.start());
+        running.play(u"clip30.mp4"_s);
+
+        running.moveMouse(running.center());
+        QVERIFY(running.controlsShown());
+        QCOMPARE(running.cursor(), Qt::ArrowCursor);
+        QTRY_VERIFY(!running.controlsShown());
+        QCOMPARE(running.cursor(), Qt::BlankCursor);
+        QTRY_VERIFY(!running.shows("controls")); // faded out
+
+        // Moving over a button of the controls counts as moving too.
+        running.moveMouse(running.centerOf("menuButton"));
+        QVERIFY(running.controlsShown());
+        QObject* hideTimer = running.window->findChild<QObject*>(u"controlsHideTimer"_s);
+        hideTimer->setProperty("running", false);
+        running.moveMouse(running.centerOf("menuButton") + QPoint(2, 2));
+        QVERIFY(hideTimer->property("running").toBool());
+        QTRY_VERIFY(!running.controlsShown());
+
+        // Paused: the controls stay, however long the mouse rests.
+        running.engine->pause();
+        const QPoint at = running.center();
+        running.moveMouse(at);
+        QTest::qWait(2500);
+        QVERIFY(running.controlsShown());
+
+        // A still window draws nothing, also with the pointer resting over it.
+        QTest::qWait(500); // the last fades end
+        QSignalSpy frames(running.window, &QQuickWindow::frameSwapped);
+        QTest::qWait(1000);
+        QCOMPARE(frames.size(), 0);
+
+        // One click waits for a possible second one before it hides the controls.
+        running.click(at);
+        QVERIFY(running.controlsShown());
+        QTRY_VERIFY(!running.controlsShown());
+        QCOMPARE(running.cursor(), Qt::BlankCursor);
+        running.click(at);
+        QTRY_VERIFY(running.controlsShown());
+
+        // Two clicks in quick succession switch full screen, and only that.
+        running.click(at);
+        running.click(at);
+        QTRY_VERIFY(running.engine->windowState()->isFullscreen());
         QTest::qWait(400);
-        // The capsule and its text sit over the video's top bars; they change those pixels.
-        const QImage withMessage = window->grabWindow();
-        QTRY_VERIFY_WITH_TIMEOUT(!engine->osd()->currentMessage().has_value(), 6000);
-        QTest::qWait(500);
-        const QImage withoutMessage = window->grabWindow();
-        QVERIFY(withMessage.copy(osdArea) != withoutMessage.copy(osdArea));
-        QVERIFY(brightShare(withoutMessage, QRect(20, 20, 60, 40)) < 0.5); // blue corner block
+        QVERIFY(running.controlsShown());
 
-        app.reset();
+        // Playing again, they go after the usual delay without any movement.
+        running.engine->play();
+        QTRY_VERIFY(!running.controlsShown());
+    }
+
+    void wheelKeysAndTheShortcutGuide()
+    {
+        RunningApp running;
+        QVERIFY(running.start());
+        running.window->requestActivate();
+        QVERIFY(QTest::qWaitForWindowActive(running.window));
+        PlaybackEngine& engine = *running.engine;
+
+        // A notch is 5 %; a touchpad's smaller steps move it by as much less.
+        running.wheel(running.center(), 120);
+        QCOMPARE(engine.volume(), 0.55f);
+        QTRY_VERIFY(running.accessibleText().contains(u"Volume: 55%"_s));
+        running.wheel(running.center(), -24);
+        QCOMPARE(engine.volume(), 0.54f);
+
+        QTest::keyClick(running.window, Qt::Key_3, Qt::ControlModifier);
+        QCOMPARE(running.sidePanelTab(), 2);
+        QTest::keyClick(running.window, Qt::Key_6, Qt::ControlModifier);
+        QCOMPARE(running.sidePanelTab(), 2);
+        QTest::keyClick(running.window, Qt::Key_1, Qt::ControlModifier);
+        QCOMPARE(running.sidePanelTab(), 0);
+        QTRY_COMPARE(running.item("sidePanel")->x(), running.window->width() - 280.0);
+
+        // Over the open panel the wheel stays with the panel.
+        running.wheel(QPoint(running.window->width() - 100, 300), 120);
+        QCOMPARE(engine.volume(), 0.54f);
+
+        // Esc: the guide first, then the panel, then the window's own use (leaving full screen).
+        running.app->toggleFullScreen();
+        QTRY_VERIFY(engine.windowState()->isFullscreen());
+        running.click("keyboardShortcutsButton");
+        QVERIFY(running.guideShown());
+        QTest::keyClick(running.window, Qt::Key_Escape);
+        QVERIFY(!running.guideShown());
+        QCOMPARE(running.sidePanelTab(), 0);
+        QTest::keyClick(running.window, Qt::Key_Escape);
+        QCOMPARE(running.sidePanelTab(), -1);
+        QVERIFY(engine.windowState()->isFullscreen());
+        QTest::keyClick(running.window, Qt::Key_Escape);
+        QTRY_VERIFY(!engine.windowState()->isFullscreen());
+
+        // The shortcut guide lists every key as it is bound.
+        running.click("keyboardShortcutsButton");
+        QTRY_VERIFY(running.shows("shortcutGuideCard"));
+        QVERIFY(running.accessibleText().contains(u"Rotate Video|Ctrl+K"_s));
+        QVERIFY(running.accessibleText().contains(u"Seek Forward (Large)|Shift+Right"_s));
+
+        // A key changed in the settings shows at once (R with the stored Shift bit).
+        running.app->keyBindings()->updateBinding(PlayerAction::rotateVideo, 15, 0x20000);
+        QVERIFY(running.accessibleText().contains(u"Rotate Video|Shift+R"_s));
+
+        // A click on the card keeps it; one beside it closes it, as does its own button.
+        running.click("shortcutGuideCard");
+        QVERIFY(running.guideShown());
+        running.click(QPoint(10, running.window->height() - 10));
+        QVERIFY(!running.guideShown());
+        running.view->setProperty("shortcutGuideShown", true);
+        QTRY_VERIFY(running.shows("shortcutGuideClose"));
+        running.click("shortcutGuideClose");
+        QVERIFY(!running.guideShown());
+
+        // The idle screen's playlist button opens the panel on the playlist, then closes it.
+        running.click("playlistButton");
+        QCOMPARE(running.sidePanelTab(), 0);
+        running.click("playlistButton");
+        QCOMPARE(running.sidePanelTab(), -1);
+    }
+
+    void dropsOpenMediaAndAddSubtitles()
+    {
+        RunningApp running;
+        QVERIFY(running.start());
+        PlaybackEngine& engine = *running.engine;
+        PlaylistManager& playlist = *engine.playlist();
+        const QUrl subtitle = fixtureUrl(u"embedded-subtitles.srt"_s);
+        const QUrl clip10 = fixtureUrl(u"clip10.mp4"_s), clip30 = fixtureUrl(u"clip30.mp4"_s);
+
+        // Subtitles with no video to go to are not played.
+        running.drop({subtitle});
+        QTRY_VERIFY(running.accessibleText().contains(u"Open a video to add subtitles to"_s));
+        QCOMPARE(engine.state().kind(), Kind::Idle);
+
+        running.drop({QUrl::fromLocalFile(fixturePath({}))}); // its videos, clip10.mp4 first
+        QTRY_COMPARE(engine.currentURL(), clip10);
+        QVERIFY(playlist.items().size() > 2);
+
+        running.drop({clip30, clip10});
+        QTRY_COMPARE(engine.currentURL(), clip30);
+        QCOMPARE(playlist.items().size(), 2);
+
+        running.drop({fixtureUrl(u"tracks.mkv"_s)}); // one file plays, the playlist stays
+        QTRY_VERIFY(engine.currentURL().fileName() == u"tracks.mkv"_s && engine.state().isActive());
+        QCOMPARE(playlist.items().size(), 2);
+
+        running.drop({subtitle});
+        QTRY_COMPARE(engine.tracks()->subtitleTracks().size(), 2);
+
+        // A video with its subtitles: the video opens, then takes them.
+        running.drop({subtitle, clip10});
+        QTRY_COMPARE(engine.currentURL(), clip10);
+        QTRY_COMPARE(engine.tracks()->subtitleTracks().size(), 1);
+    }
+
+    void osdDrawsVolumeAndSeekRows()
+    {
+        RunningApp running;
+        QVERIFY(running.start());
+        running.play(u"clip30.mp4"_s);
+        running.engine->pause();
+        UserCommands& commands = *running.app->commands();
+        auto fill = [&](const char* bar) { return running.item(bar)->childItems().first(); };
+
+        // 0.29 in single precision is just below 0.29: the row shows what the message says.
+        commands.setVolume(0.29f);
+        QTRY_VERIFY(running.shows("osdVolumeBar"));
+        QCOMPARE(running.text("osdVolumePercent"), u"29%"_s);
+        QCOMPARE(fill("osdVolumeBar")->width(), double(0.29f) * 80);
+
+        commands.seekBy(15);
+        QTRY_VERIFY(running.shows("osdSeekBar"));
+        const OSDMessage seek = *running.engine->osd()->currentMessage();
+        QCOMPARE(running.text("osdSeekCurrent"), u"00:15"_s);
+        QCOMPARE(running.text("osdSeekDuration"), u"00:30"_s);
+        QCOMPARE(fill("osdSeekBar")->width(), seek.current() / seek.duration() * 120);
+        QVERIFY(!running.shows("osdVolumeBar"));
+
+        // Any other message: icon and text. The capsule changes the pixels it covers, and fades
+        // away with its message.
+        QTRY_VERIFY_WITH_TIMEOUT(!running.shows("osdView"), 5000);
+        running.engine->osd()->show(OSDMessage::text(u"Resumed at 00:12"_s), 5);
+        QTRY_COMPARE(running.text("osdText"), u"Resumed at 00:12"_s);
+        QTest::qWait(400);
+        QQuickItem* osd = running.item("osdView");
+        const QRect area = osd->mapRectToScene(osd->boundingRect()).toRect();
+        const QImage withMessage = running.window->grabWindow();
+        QTRY_VERIFY_WITH_TIMEOUT(!running.shows("osdView"), 7000);
+        QVERIFY(running.window->grabWindow().copy(area) != withMessage.copy(area));
     }
 };
 

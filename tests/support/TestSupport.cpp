@@ -1,15 +1,18 @@
 #include "TestSupport.h"
 
 #include "app/AppDelegate.h"
-#include "core/engine/MPVDecoder.h"
-#include "core/engine/PlaybackEngine.h"
+#include "app/Player.h"
 #include "core/renderer/MPVVideoView.h"
+#include "engine/PlaybackEngine.h"
+#include "features/osd/OSDManager.h"
+#include "infrastructure/mpv/MPVDecoder.h"
 
 #include <cstdio>
 #include <cstring>
 #include <dlfcn.h>
 #include <link.h>
 #include <QCoroTask>
+#include <QSettings>
 #include <QStandardPaths>
 #include <QTemporaryFile>
 #include <QThreadPool>
@@ -43,39 +46,120 @@ IsolatedHome::IsolatedHome()
     qputenv("HOME", root.toUtf8());
 }
 
-std::unique_ptr<PlaybackEngine> makeSilentEngine()
+namespace {
+int g_libraryGeneration = 0; // the running test's library file
+} // namespace
+
+QString libraryPath()
 {
-    auto engine = std::make_unique<PlaybackEngine>();
-    engine->decoder()->setMPVString("ao", QStringLiteral("null"));
-    return engine;
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+           QStringLiteral("/VelmarPlayer/library-%1.db").arg(g_libraryGeneration);
 }
 
-PlayerWindow::PlayerWindow(PlaybackEngine* engine, QSize size)
-    : m_engine(engine)
-    , m_view(new MPVVideoView(m_window.contentItem()))
+void freshStart()
 {
-    m_window.resize(size);
-    m_window.setColor(Qt::black);
-    m_view->setSize(size);
-    QObject::connect(&m_window, &QQuickWindow::widthChanged, m_view,
+    ++g_libraryGeneration;
+    QSettings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("VelmarPlayer"),
+              QStringLiteral("VelmarPlayer"))
+        .clear();
+}
+
+qint64 GuiHeartbeat::allowance(qint64 limit)
+{
+    GuiHeartbeat idle;
+    QTest::qWait(1000);
+    return std::max(limit, 3 * idle.longestStall());
+}
+
+GuiHeartbeat::GuiHeartbeat()
+{
+    m_beat.setInterval(5);
+    m_beat.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&m_beat, &QTimer::timeout,
+                     [this] { m_longest = std::max(m_longest, m_sinceLast.restart()); });
+    m_sinceLast.start();
+    m_beat.start();
+}
+
+TestPlayer::TestPlayer(QSize windowSize)
+    : m_player(std::make_unique<Player>(libraryPath()))
+    , m_window(std::make_unique<QQuickWindow>())
+    , m_view(new MPVVideoView(m_window->contentItem()))
+{
+    MPVDecoder* decoder = engine().decoder();
+    decoder->setMPVString("ao", QStringLiteral("null"));
+    decoder->setMPVString("hwdec", QStringLiteral("no"));
+    QObject::connect(decoder, &MPVDecoder::errorLogged, decoder, [this](const QString& text) {
+        // The silent output's own bookkeeping complaint when playback resumes after a pause;
+        // sound is not what these tests look at.
+        if (!text.startsWith(QLatin1String("ao/null: illegal state")))
+            m_libmpvErrors << text;
+    });
+
+    m_window->resize(windowSize);
+    m_window->setColor(Qt::black);
+    m_view->setSize(windowSize);
+    QObject::connect(m_window.get(), &QQuickWindow::widthChanged, m_view,
                      [this](int width) { m_view->setWidth(width); });
-    QObject::connect(&m_window, &QQuickWindow::heightChanged, m_view,
+    QObject::connect(m_window.get(), &QQuickWindow::heightChanged, m_view,
                      [this](int height) { m_view->setHeight(height); });
-    m_view->setEngine(engine);
+    m_view->setDecoder(engine().decoder());
+    // As the player view does: a seek or a step while paused redraws the frame.
+    QObject::connect(&engine(), &PlaybackEngine::needsFrameRefreshChanged, m_view, [this] {
+        if (!engine().needsFrameRefresh())
+            return;
+        m_view->refresh();
+        engine().acknowledgeFrameRefresh();
+    });
+    m_player->startDesktopServices();
 }
 
-PlayerWindow::~PlayerWindow()
+TestPlayer::~TestPlayer()
 {
-    delete m_view;
+    m_window.reset();
+    m_player.reset();
+    if (!m_libmpvErrors.isEmpty() && !m_libmpvErrorsExpected)
+        QTest::qFail(qPrintable(QStringLiteral("libmpv logged errors: ") +
+                                m_libmpvErrors.join(QStringLiteral("; "))),
+                     __FILE__, __LINE__);
 }
 
-bool PlayerWindow::showAndWaitForRenderContext()
+void TestPlayer::endPlayerFirst()
 {
-    m_window.show();
-    if (!QTest::qWaitForWindowExposed(&m_window))
+    m_player.reset();
+}
+
+PlaybackEngine& TestPlayer::engine()
+{
+    return m_player->engine();
+}
+
+UserCommands& TestPlayer::commands()
+{
+    return m_player->commands();
+}
+
+bool TestPlayer::show()
+{
+    if (m_window->isExposed() && m_view->hasRenderContext())
+        return true;
+    m_window->show();
+    if (!QTest::qWaitForWindowExposed(m_window.get()))
         return false;
-    return QTest::qWaitFor([this] { return m_engine->decoder()->renderContext() != nullptr; },
-                           10000);
+    return QTest::qWaitFor([this] { return m_view->hasRenderContext(); }, 10000);
+}
+
+void TestPlayer::open(const QUrl& url)
+{
+    if (!show())
+        QTest::qFail("the player window did not come up", __FILE__, __LINE__);
+    QCoro::waitFor(engine().load(url));
+}
+
+QString TestPlayer::osdText() const
+{
+    const auto message = m_player->engine().osd()->currentMessage();
+    return message ? message->text() : QString();
 }
 
 QStringList printedLines(const std::function<void()>& operation)
@@ -97,11 +181,6 @@ QStringList printedLines(const std::function<void()>& operation)
     return QString::fromUtf8(reader.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
 }
 
-void loadAndWait(PlaybackEngine& engine, const QUrl& url)
-{
-    QCoro::waitFor(engine.load(url));
-}
-
 namespace {
 
 /// Keeps the OpenGL driver modules mapped until the process ends. The GL stack unloads them on
@@ -120,10 +199,15 @@ void pinGraphicsDrivers()
 
 } // namespace
 
+void failOnWarnings()
+{
+    QTest::failOnWarning(QRegularExpression(QStringLiteral(".*")));
+}
+
 void finishBackgroundWork()
 {
     // A finished grab resumes its coroutine through an event, and a walk pauses 100 ms on a
-    // timer before it notices that its generator is gone, so the event loop must turn for a while.
+    // timer before it notices that its generator is gone, so the event loop must turn a while.
     QThreadPool* pool = QThreadPool::globalInstance();
     for (int round = 0; round < 20; ++round) {
         pool->waitForDone();

@@ -2,15 +2,20 @@
 
 #include <functional>
 #include <memory>
+#include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QQuickWindow>
 #include <QString>
+#include <QStringList>
 #include <QTemporaryDir>
+#include <QTimer>
 #include <QtTest>
 #include <QUrl>
 
-class PlaybackEngine;
 class MPVVideoView;
+class PlaybackEngine;
+class Player;
+class UserCommands;
 
 namespace velmar::test {
 
@@ -29,34 +34,71 @@ private:
     QTemporaryDir m_dir;
 };
 
-/// An engine whose sound goes nowhere, so tests run the same with or without an audio device.
-std::unique_ptr<PlaybackEngine> makeSilentEngine();
+/// The library file the players of the running test use.
+QString libraryPath();
+/// Forgets what earlier tests stored, so that no test depends on another: the preferences, and
+/// the library (the next players use a new file). Tests call it from `init()`, together with
+/// `failOnWarnings()`.
+void freshStart();
 
-/// A real window showing the engine's video, as the player shows it. Destroy it before the
-/// engine.
-class PlayerWindow
+/// Measures the longest time the GUI thread goes without turning its event loop while it runs.
+class GuiHeartbeat
 {
 public:
-    explicit PlayerWindow(PlaybackEngine* engine, QSize size = QSize(640, 360));
-    ~PlayerWindow();
-
-    QQuickWindow* window() { return &m_window; }
-    MPVVideoView* view() { return m_view; }
-
-    /// Shows the window and waits until libmpv's render context exists.
-    bool showAndWaitForRenderContext();
+    GuiHeartbeat();
+    /// The longest stall to accept: `limit` ms, or more on a machine so busy (a parallel build,
+    /// a sanitizer) that an idle second already stalls for a third of that.
+    static qint64 allowance(qint64 limit);
+    /// Milliseconds.
+    qint64 longestStall() const { return m_longest; }
 
 private:
-    PlaybackEngine* m_engine;
-    QQuickWindow m_window;
+    QTimer m_beat;
+    QElapsedTimer m_sinceLast;
+    qint64 m_longest = 0;
+};
+
+/// A player as the application builds it, with a real window showing its video: sound goes
+/// nowhere and hardware decoding is off, so tests run the same on any machine. Any error
+/// libmpv logs fails the running test, unless the test expects some (broken files).
+/// The window goes before the player, as in the application.
+class TestPlayer
+{
+public:
+    explicit TestPlayer(QSize windowSize = QSize(640, 360));
+    ~TestPlayer();
+
+    Player& player() { return *m_player; }
+    PlaybackEngine& engine();
+    UserCommands& commands();
+    QQuickWindow* window() { return m_window.get(); }
+    MPVVideoView* view() { return m_view; }
+
+    /// Shows the window and waits until libmpv can draw into it.
+    bool show();
+    /// Shows the window if needed, opens the file and waits for the load to finish.
+    void open(const QUrl& url);
+    /// The text on the on-screen display, empty when nothing is shown.
+    QString osdText() const;
+    /// Ends the player while its window stays up, as when the core goes first.
+    void endPlayerFirst();
+    /// Broken media makes libmpv log errors; the test that opens it says so.
+    void expectLibmpvErrors() { m_libmpvErrorsExpected = true; }
+
+private:
+    std::unique_ptr<Player> m_player;
+    std::unique_ptr<QQuickWindow> m_window;
     MPVVideoView* m_view;
+    QStringList m_libmpvErrors;
+    bool m_libmpvErrorsExpected = false;
 };
 
 /// Runs the operation and returns the lines it printed on standard output (its log lines).
 QStringList printedLines(const std::function<void()>& operation);
 
-/// Loads a file through the engine and waits for the load coroutine to finish.
-void loadAndWait(PlaybackEngine& engine, const QUrl& url);
+/// Makes every warning Qt prints during the running test fail it: a warning is a fault someone
+/// has to look at. Tests call it from `init()`.
+void failOnWarnings();
 
 /// Lets background work that tests left running end: grabs on the global thread pool, the
 /// coroutines that resume when they finish, and walks pausing between grabs.

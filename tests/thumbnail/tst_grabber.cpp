@@ -90,6 +90,8 @@ class GrabberTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void init() { failOnWarnings(); }
+
     void scalesToTheWidthLimit_data()
     {
         QTest::addColumn<QString>("file");

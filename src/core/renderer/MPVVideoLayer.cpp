@@ -1,70 +1,52 @@
 #include "MPVVideoLayer.h"
 
-#include "core/engine/MPVDecoder.h"
+#include "MPVRenderClient.h"
+#include "MPVRenderContext.h"
 
-#include <mpv/render_gl.h>
 #include <QOpenGLContext>
-#include <QOpenGLFramebufferObject>
 #include <QOpenGLFunctions>
 #include <QQuickOpenGLUtils>
 
-namespace {
+MPVVideoLayer::MPVVideoLayer() = default;
 
-void* resolveGLSymbol(void* /*context*/, const char* name)
+MPVVideoLayer::~MPVVideoLayer() = default;
+
+void MPVVideoLayer::synchronize(std::shared_ptr<MPVRenderClient> client, QSize pixelSize)
 {
-    QOpenGLContext* context = QOpenGLContext::currentContext();
-    if (!name || !context)
-        return nullptr;
-    return reinterpret_cast<void*>(context->getProcAddress(name));
+    m_pixelSize = pixelSize;
+    if (client != m_client) {
+        m_renderContext.reset();
+        m_client = std::move(client);
+    }
+    if (m_client && !m_renderContext)
+        m_renderContext = MPVRenderContext::create(m_client);
 }
 
-} // namespace
-
-MPVVideoLayer::MPVVideoLayer(MPVDecoder* decoder)
-    : m_decoder(decoder)
+void MPVVideoLayer::render(const RenderState* /*state*/)
 {
-    if (m_decoder)
-        m_decoder->initRenderContext(&resolveGLSymbol);
-}
-
-MPVVideoLayer::~MPVVideoLayer()
-{
-    if (m_decoder)
-        m_decoder->freeRenderContext();
-}
-
-void MPVVideoLayer::render()
-{
-    QOpenGLFunctions* gl = QOpenGLContext::currentContext()->functions();
-    gl->glClearColor(0, 0, 0, 1);
-    gl->glClear(GL_COLOR_BUFFER_BIT);
-
-    mpv_render_context* renderContext = m_decoder ? m_decoder->renderContext() : nullptr;
-    if (!renderContext)
+    if (!m_renderContext || m_pixelSize.isEmpty())
         return;
-
-    GLint binding = 0;
-    gl->glGetIntegerv(GL_DRAW_FRAMEBUFFER_BINDING, &binding);
-    if (binding != 0)
-        m_fbo = binding;
-    const QSize size = framebufferObject()->size();
-    if (size.width() < 1 || size.height() < 1)
-        return;
-
-    // Answers the update callback that scheduled this frame.
-    mpv_render_context_update(renderContext);
-    mpv_opengl_fbo target{m_fbo, size.width(), size.height(), 0};
-    // Qt Quick already turns its framebuffer objects the right way up when it composes them,
-    // so libmpv must not flip as it would for a window's default framebuffer.
-    int flipY = 0;
-    mpv_render_param params[] = {
-        {MPV_RENDER_PARAM_OPENGL_FBO, &target},
-        {MPV_RENDER_PARAM_FLIP_Y, &flipY},
-        {MPV_RENDER_PARAM_INVALID, nullptr},
-    };
-    mpv_render_context_render(renderContext, params);
-    gl->glFlush();
-    mpv_render_context_report_swap(renderContext);
-    // libmpv leaves its own GL state behind; Qt Quick expects its defaults.
+    // The window's own framebuffer: libmpv fills all of it, so nothing may lie below this node.
+    GLint framebuffer = 0;
+    QOpenGLContext::currentContext()->functions()->glGetIntegerv(GL_DRAW_FRAMEBUFFER_BINDING,
+                                                                 &framebuffer);
+    m_renderContext->render(framebuffer, m_pixelSize);
+    // libmpv leaves its own OpenGL state behind; the scene graph expects the defaults.
     QQuickOpenGLUtils::resetOpenGLState();
+}
+
+void MPVVideoLayer::releaseResources()
+{
+    m_renderContext.reset();
+}
+
+QSGRenderNode::StateFlags MPVVideoLayer::changedStates() const
+{
+    return DepthState | StencilState | ScissorState | ColorState | BlendState | CullState |
+           ViewportState | RenderTargetState;
+}
+
+QSGRenderNode::RenderingFlags MPVVideoLayer::flags() const
+{
+    return {};
 }

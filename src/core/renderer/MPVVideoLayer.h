@@ -1,24 +1,38 @@
 #pragma once
 
-#include <QQuickFramebufferObject>
+#include <memory>
+#include <QSGRenderNode>
 
-class MPVDecoder;
+class MPVRenderClient;
+class MPVRenderContext;
 
-/// Renders libmpv's picture into the item's framebuffer object. Created, used and destroyed on
-/// the Qt Quick render thread with the window's GL context current; it creates libmpv's render
-/// context on first use and frees it when it goes away.
-class MPVVideoLayer : public QQuickFramebufferObject::Renderer
+/// Draws libmpv's picture straight into the window, under everything stacked above the video
+/// item, with no intermediate texture. It covers the whole window: libmpv always fills the
+/// framebuffer it draws into.
+///
+/// A scene-graph node of one window: created, used and destroyed on that window's render thread
+/// (destruction included, with the OpenGL context current), which is where it keeps the
+/// window's libmpv render context.
+class MPVVideoLayer : public QSGRenderNode
 {
 public:
-    explicit MPVVideoLayer(MPVDecoder* decoder);
+    MPVVideoLayer();
     ~MPVVideoLayer() override;
 
-    void render() override;
+    /// During the scene-graph sync: the client whose video to draw (null: none) and the
+    /// window's size in pixels. Frees the render context of another client and creates this
+    /// one's if the window may have it yet.
+    void synchronize(std::shared_ptr<MPVRenderClient> client, QSize pixelSize);
+    /// The render context, for jobs queued on this window's render thread.
+    std::weak_ptr<MPVRenderContext> renderContext() const { return m_renderContext; }
 
-    /// The framebuffer handed to libmpv: 1 until a non-zero binding has been seen.
-    int fbo() const { return m_fbo; }
+    void render(const RenderState* state) override;
+    void releaseResources() override;
+    StateFlags changedStates() const override;
+    RenderingFlags flags() const override;
 
 private:
-    MPVDecoder* const m_decoder; // outlives this renderer (see MPVVideoView)
-    int m_fbo = 1;
+    std::shared_ptr<MPVRenderClient> m_client;
+    std::shared_ptr<MPVRenderContext> m_renderContext; // shared only with weak pointers
+    QSize m_pixelSize;
 };

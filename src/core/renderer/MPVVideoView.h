@@ -1,43 +1,66 @@
 #pragma once
 
+#include <memory>
 #include <QPointer>
-#include <QQuickFramebufferObject>
+#include <QQuickItem>
 #include <QtQml/qqmlregistration.h>
 
-class PlaybackEngine;
 class MPVDecoder;
-Q_MOC_INCLUDE("core/engine/PlaybackEngine.h")
+class MPVRenderClient;
+class MPVRenderContext;
+Q_MOC_INCLUDE("infrastructure/mpv/MPVDecoder.h")
 
-/// The QML element that shows the video. Its renderer (`MPVVideoLayer`) does all GL work on the
-/// Qt Quick render thread; this item lives on the GUI thread and only schedules redraws: when
-/// libmpv has a frame, when the engine needs a refreshed frame, and on resize.
+/// The QML element that shows the decoder's video. It draws the video as the backdrop of the
+/// whole window it is in, so it belongs first (lowest) in a window it fills; items stacked
+/// above it are drawn over the picture.
 ///
-/// The engine (and with it the decoder) must outlive every window that shows this item.
-class MPVVideoView : public QQuickFramebufferObject
+/// The window draws a frame only when the video has a new picture, when something in the scene
+/// changed, or on `refresh()`.
+///
+/// The item may move to another window: the old window frees libmpv's render context and the new
+/// one creates its own. libmpv closes its video output in between and the picture comes back by
+/// itself, but a file without sound ends there: libmpv stops a file left with nothing to play.
+///
+/// Threads: GUI thread, except `updatePaintNode` (render thread, GUI thread blocked).
+class MPVVideoView : public QQuickItem
 {
     Q_OBJECT
     QML_ELEMENT
-    Q_PROPERTY(PlaybackEngine* engine READ engine WRITE setEngine NOTIFY engineChanged)
+    Q_PROPERTY(MPVDecoder* decoder READ decoder WRITE setDecoder NOTIFY decoderChanged)
+    Q_PROPERTY(bool hasRenderContext READ hasRenderContext NOTIFY hasRenderContextChanged)
 
 public:
     explicit MPVVideoView(QQuickItem* parent = nullptr);
+    ~MPVVideoView() override;
 
-    PlaybackEngine* engine() const { return m_engine; }
-    void setEngine(PlaybackEngine* engine);
-
-    /// GUI thread, or the render thread while the GUI thread is blocked in a sync.
     MPVDecoder* decoder() const;
+    void setDecoder(MPVDecoder* decoder);
 
-    Renderer* createRenderer() const override;
+    /// True once this item's window holds libmpv's render context; a file opened before that
+    /// plays without video.
+    bool hasRenderContext() const { return m_hasRenderContext; }
+
+    /// Draws the current frame again, for changes libmpv does not announce itself.
+    Q_INVOKABLE void refresh();
 
 Q_SIGNALS:
-    void engineChanged();
+    void decoderChanged();
+    void hasRenderContextChanged();
 
 protected:
-    void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
+    QSGNode* updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) override;
+    void itemChange(ItemChange change, const ItemChangeData& value) override;
 
 private:
-    void refreshFrame();
+    void setClient(std::shared_ptr<MPVRenderClient> client);
+    void scheduleFrameCheck();
+    void updateHasRenderContext();
 
-    QPointer<PlaybackEngine> m_engine;
+    QPointer<MPVDecoder> m_decoder;
+    std::shared_ptr<MPVRenderClient> m_client;
+    // The render context of this item's window, set during the sync. Only its render thread may
+    // lock it: a reference taken here could end up freeing the context on the wrong thread.
+    std::weak_ptr<MPVRenderContext> m_renderContext;
+    bool m_hasRenderContext = false;
+    QPointer<QQuickWindow> m_window; // the window the item is in
 };

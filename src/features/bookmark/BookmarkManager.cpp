@@ -1,76 +1,38 @@
 #include "BookmarkManager.h"
 
-#include "core/model/TimeFormat.h"
-#include "infrastructure/logging/Log.h"
-#include "infrastructure/persistence/LibraryIdentity.h"
-#include "infrastructure/persistence/SQLiteDatabase.h"
+#include "infrastructure/persistence/Library.h"
+#include "infrastructure/persistence/LibraryTables.h"
 
 #include <algorithm>
 #include <cmath>
+#include <QPointer>
 
 namespace {
 
 constexpr double kMinimumSpacingSeconds = 1.0;
 
-std::optional<Bookmark> bookmarkFromRow(const SQLiteRow& row)
-{
-    auto column = [&row](const char* name) {
-        return row.value(QLatin1String(name), SQLiteValue::null());
-    };
-    const SQLiteValue id = column("id");
-    const SQLiteValue url = column("video_url");
-    const SQLiteValue time = column("time");
-    const SQLiteValue name = column("name");
-    const SQLiteValue createdAt = column("created_at");
-    if (!id.isText() || !url.isText() || !time.isReal() || !name.isText() || !createdAt.isReal())
-        return std::nullopt;
-    const QUuid uuid = QUuid::fromString(id.toText());
-    const QUrl videoURL(url.toText(), QUrl::StrictMode);
-    if (uuid.isNull() || !videoURL.isValid() || videoURL.isEmpty())
-        return std::nullopt;
-    const SQLiteValue thumbnail = column("thumbnail_data");
-    return Bookmark{uuid,
-                    videoURL,
-                    time.toReal(),
-                    name.toText(),
-                    velmar::fromReferenceTimestamp(createdAt.toReal()),
-                    thumbnail.isBlob() ? std::optional<QByteArray>(thumbnail.toBlob())
-                                       : std::nullopt};
-}
-
 } // namespace
 
-BookmarkManager::BookmarkManager(SQLiteDatabase& db, QObject* parent)
+BookmarkManager::BookmarkManager(Library& library, QObject* parent)
     : QObject(parent)
-    , m_db(db)
-{
-    loadBookmarks();
-}
+    , m_library(library)
+{}
 
-void BookmarkManager::loadBookmarks()
+QCoro::Task<void> BookmarkManager::loadBookmarks()
 {
-    try {
-        QList<Bookmark> loaded;
-        for (const SQLiteRow& row :
-             m_db.query(QStringLiteral("SELECT * FROM bookmarks ORDER BY created_at DESC"))) {
-            if (auto bookmark = bookmarkFromRow(row))
-                loaded << *bookmark;
-        }
-        m_bookmarks = loaded;
-        Q_EMIT bookmarksChanged();
-    } catch (const std::exception& error) {
-        velmar::logLine(QStringLiteral("[BookmarkManager] loadBookmarks failed: ") +
-                        QString::fromUtf8(error.what()));
+    QPointer<BookmarkManager> self(this);
+    QCoro::Task<QList<SQLiteRow>> reading = m_library.query(LibraryTables::selectBookmarks());
+    const QList<SQLiteRow> rows = co_await reading;
+    if (!self)
+        co_return;
+    QList<Bookmark> loaded;
+    for (const SQLiteRow& row : rows) {
+        if (auto bookmark = LibraryTables::bookmark(row))
+            loaded << *bookmark;
     }
-}
-
-void BookmarkManager::executeQuietly(const QString& sql, const QList<SQLiteValue>& parameters)
-{
-    try {
-        m_db.execute(sql, parameters);
-    } catch (const std::exception&) {
-        // Best effort: the in-memory list keeps the change for this session.
-    }
+    // Bookmarks added before the stored ones arrived stay, after them.
+    m_bookmarks = loaded + m_bookmarks;
+    Q_EMIT bookmarksChanged();
 }
 
 std::optional<QUuid> BookmarkManager::add(const QUrl& videoURL, double time, const QString& name,
@@ -87,14 +49,7 @@ std::optional<QUuid> BookmarkManager::add(const QUrl& videoURL, double time, con
         QUuid::createUuid(), videoURL, time, name, QDateTime::currentDateTimeUtc(), thumbnailData};
     m_bookmarks << bookmark;
     Q_EMIT bookmarksChanged();
-    executeQuietly(QStringLiteral("    INSERT INTO bookmarks (id, video_url, time, name, "
-                                  "created_at, thumbnail_data)\n"
-                                  "    VALUES (?, ?, ?, ?, ?, ?)"),
-                   {SQLiteValue::text(LibraryIdentity::uuidText(bookmark.id)),
-                    SQLiteValue::text(LibraryIdentity::urlText(videoURL)), SQLiteValue::real(time),
-                    SQLiteValue::text(name),
-                    SQLiteValue::real(velmar::toReferenceTimestamp(bookmark.createdAt)),
-                    thumbnailData ? SQLiteValue::blob(*thumbnailData) : SQLiteValue::null()});
+    m_library.execute(LibraryTables::insertBookmark(bookmark, LibraryTables::OnConflict::Fail));
     return bookmark.id;
 }
 
@@ -106,24 +61,21 @@ void BookmarkManager::updateThumbnail(const QUuid& id, const QByteArray& data)
         return;
     found->thumbnailData = data;
     Q_EMIT bookmarksChanged();
-    executeQuietly(QStringLiteral("UPDATE bookmarks SET thumbnail_data = ? WHERE id = ?"),
-                   {SQLiteValue::blob(data), SQLiteValue::text(LibraryIdentity::uuidText(id))});
+    m_library.execute(LibraryTables::updateBookmarkThumbnail(id, data));
 }
 
 void BookmarkManager::remove(const Bookmark& bookmark)
 {
     if (m_bookmarks.removeIf([&](const Bookmark& b) { return b.id == bookmark.id; }) > 0)
         Q_EMIT bookmarksChanged();
-    executeQuietly(QStringLiteral("DELETE FROM bookmarks WHERE id = ?"),
-                   {SQLiteValue::text(LibraryIdentity::uuidText(bookmark.id))});
+    m_library.execute(LibraryTables::deleteBookmark(bookmark.id));
 }
 
 void BookmarkManager::removeAllBookmarks(const QUrl& videoURL)
 {
     if (m_bookmarks.removeIf([&](const Bookmark& b) { return b.videoURL == videoURL; }) > 0)
         Q_EMIT bookmarksChanged();
-    executeQuietly(QStringLiteral("DELETE FROM bookmarks WHERE video_url = ?"),
-                   {SQLiteValue::text(LibraryIdentity::urlText(videoURL))});
+    m_library.execute(LibraryTables::deleteBookmarks(videoURL));
 }
 
 QList<Bookmark> BookmarkManager::bookmarks(const QUrl& videoURL) const
@@ -134,4 +86,25 @@ QList<Bookmark> BookmarkManager::bookmarks(const QUrl& videoURL) const
     std::stable_sort(found.begin(), found.end(),
                      [](const Bookmark& a, const Bookmark& b) { return a.time < b.time; });
     return found;
+}
+
+std::optional<Bookmark> BookmarkManager::next(const QUrl& videoURL, double seconds,
+                                              double margin) const
+{
+    for (const Bookmark& bookmark : bookmarks(videoURL)) {
+        if (bookmark.time > seconds + margin)
+            return bookmark;
+    }
+    return std::nullopt;
+}
+
+std::optional<Bookmark> BookmarkManager::previous(const QUrl& videoURL, double seconds,
+                                                  double margin) const
+{
+    const QList<Bookmark> sorted = bookmarks(videoURL);
+    for (auto it = sorted.crbegin(); it != sorted.crend(); ++it) {
+        if (it->time < seconds - margin)
+            return *it;
+    }
+    return std::nullopt;
 }

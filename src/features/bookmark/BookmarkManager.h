@@ -1,24 +1,26 @@
 #pragma once
 
-#include "Bookmark.h"
-#include "infrastructure/persistence/SQLiteValue.h"
+#include "model/Bookmark.h"
 
 #include <optional>
+#include <QCoroTask>
 #include <QList>
 #include <QObject>
 
-class SQLiteDatabase;
+class Library;
 
 /// Named positions inside media files, mirrored in the `bookmarks` table. Loaded newest first;
-/// later additions are appended. Never throws: load failures are printed, write failures are
-/// ignored and the in-memory change stays. GUI thread only.
+/// later additions are appended. Writes go to the library and never fail visibly: the
+/// in-memory list keeps the change. GUI thread only.
 class BookmarkManager : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Loads the stored bookmarks at once.
-    explicit BookmarkManager(SQLiteDatabase& db, QObject* parent = nullptr);
+    explicit BookmarkManager(Library& library, QObject* parent = nullptr);
+
+    /// Reads the stored bookmarks (once, at start).
+    QCoro::Task<void> loadBookmarks();
 
     const QList<Bookmark>& bookmarks() const { return m_bookmarks; }
 
@@ -32,14 +34,15 @@ public:
     void removeAllBookmarks(const QUrl& videoURL);
     /// The file's bookmarks, earliest position first.
     QList<Bookmark> bookmarks(const QUrl& videoURL) const;
+    /// The first bookmark of the file after `seconds` + `margin`, or the last before
+    /// `seconds` - `margin`.
+    std::optional<Bookmark> next(const QUrl& videoURL, double seconds, double margin) const;
+    std::optional<Bookmark> previous(const QUrl& videoURL, double seconds, double margin) const;
 
 Q_SIGNALS:
     void bookmarksChanged();
 
 private:
-    void loadBookmarks();
-    void executeQuietly(const QString& sql, const QList<SQLiteValue>& parameters);
-
-    SQLiteDatabase& m_db;
+    Library& m_library;
     QList<Bookmark> m_bookmarks;
 };

@@ -1,5 +1,9 @@
 #include "FilterManager.h"
 
+#include "model/TimeFormat.h"
+
+#include <cmath>
+
 namespace {
 
 StandardFilter filter(const char* id, const char* name, const char* parameterId,
@@ -71,9 +75,41 @@ void FilterManager::apply(const FilterState& state)
         if (filter.id != state.id)
             continue;
         filter.isEnabled = state.isEnabled;
-        for (FilterParameter& parameter : filter.parameters)
-            parameter.value = state.parameters.value(parameter.id, parameter.value);
+        for (FilterParameter& parameter : filter.parameters) {
+            const float stored = state.parameters.value(parameter.id, parameter.value);
+            parameter.value = std::isnan(stored)
+                                  ? parameter.defaultValue
+                                  : std::clamp(stored, parameter.minValue, parameter.maxValue);
+        }
         Q_EMIT filtersChanged();
         return;
     }
+}
+
+PictureSettings FilterManager::pictureSettings() const
+{
+    // Picture controls are offsets from neutral in percent: brightness 0.5 is +50, contrast
+    // and saturation count from 1.0, so 1.0 is 0, 0.0 is -100 and 3.0 is +200.
+    auto percent = [](float value) { return qint64(std::llround(double(value) * 100.0)); };
+    PictureSettings picture;
+    for (const StandardFilter& filter : m_filters) {
+        const float value = filter.effectiveValue();
+        if (filter.id == QLatin1String("brightness")) {
+            picture.brightness = percent(value);
+        } else if (filter.id == QLatin1String("contrast")) {
+            picture.contrast = percent(value - 1.0f);
+        } else if (filter.id == QLatin1String("saturation")) {
+            picture.saturation = percent(value - 1.0f);
+        } else if (filter.id == QLatin1String("sharpen")) {
+            // The filter chain is replaced as a whole; sharpening is its only user.
+            picture.videoFilters =
+                value > 0 ? QStringLiteral("unsharp=la=") + velmar::shortestFloatText(value)
+                          : QString();
+        } else if (filter.id == QLatin1String("deband")) {
+            picture.deband = filter.isEnabled;
+            if (filter.isEnabled)
+                picture.debandThreshold = qint64(value); // within 0…128: apply() clamps
+        }
+    }
+    return picture;
 }

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "core/model/PerFileSettings.h"
-#include "StandardFilter.h"
+#include "model/PerFileSettings.h"
+#include "model/PictureSettings.h"
+#include "model/StandardFilter.h"
 
 #include <QList>
 #include <QObject>
@@ -24,9 +25,15 @@ public:
     /// Every filter off and back at its neutral value; the caller pushes the result.
     void resetAll();
 
-    /// The saved form of every filter, and its restoration (unknown ids are ignored).
+    /// The saved form of every filter, and its restoration. Unknown ids are ignored; a stored
+    /// value outside its parameter's range is brought into it, one that is not a number falls
+    /// back to the parameter's neutral value.
     QList<FilterState> states() const;
     void apply(const FilterState& state);
+
+    /// What the filters amount to for the player core. A disabled filter contributes its
+    /// neutral value, so switching one off restores the neutral picture.
+    PictureSettings pictureSettings() const;
 
 Q_SIGNALS:
     void filtersChanged();

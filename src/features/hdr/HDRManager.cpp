@@ -1,6 +1,6 @@
 #include "HDRManager.h"
 
-#include "core/model/PropertyUpdate.h"
+#include "base/PropertyUpdate.h"
 
 using velmar::assignIfChanged;
 

@@ -29,6 +29,11 @@ public:
     /// Takes a change of "video-params/gamma" or "video-params/primaries"; an absent value
     /// means libmpv does not know the video parameters yet.
     void handlePropertyChange(const QString& name, const std::optional<QString>& value);
+    /// The same, with a null text for an absent value.
+    void handleParameter(const QString& name, const QString& value)
+    {
+        handlePropertyChange(name, value.isNull() ? std::nullopt : std::optional(value));
+    }
     void reset();
 
 Q_SIGNALS:

@@ -1,8 +1,8 @@
 #include "OSDManager.h"
 
-#include "infrastructure/logging/Log.h"
+#include "base/Log.h"
 
-#include "core/model/PropertyUpdate.h"
+#include "base/PropertyUpdate.h"
 
 #include <cmath>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "OSDMessage.h"
+#include "model/OSDMessage.h"
 
 #include <optional>
 #include <QObject>

@@ -1,6 +1,6 @@
 #include "ABLoopManager.h"
 
-#include "core/model/PropertyUpdate.h"
+#include "base/PropertyUpdate.h"
 
 void ABLoopManager::setPointA(std::optional<double> seconds)
 {
@@ -25,4 +25,18 @@ void ABLoopManager::clearLoop()
 {
     setPointA(std::nullopt);
     setPointB(std::nullopt);
+}
+
+void ABLoopManager::markA(double seconds)
+{
+    setPointA(seconds);
+    if (m_pointB && *m_pointB <= seconds)
+        setPointB(std::nullopt);
+}
+
+bool ABLoopManager::markB(double seconds)
+{
+    if (m_pointA && *m_pointA < seconds)
+        setPointB(seconds);
+    return m_pointA && m_pointB;
 }

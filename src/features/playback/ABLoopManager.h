@@ -27,6 +27,12 @@ public:
     std::optional<double> shouldLoop(double currentTime) const;
     void clearLoop();
 
+    /// Sets A at `seconds`, dropping a B that is not after it.
+    void markA(double seconds);
+    /// Sets B at `seconds` only after A (a B at or before A is refused); whether a loop is set
+    /// afterwards.
+    bool markB(double seconds);
+
 Q_SIGNALS:
     void pointAChanged();
     void pointBChanged();

@@ -1,6 +1,6 @@
 #include "FolderScanner.h"
 
-#include "MediaExtensions.h"
+#include "model/MediaExtensions.h"
 
 #include <algorithm>
 #include <QCollator>

@@ -1,69 +1,39 @@
 #include "PlaybackHistoryManager.h"
 
-#include "core/model/TimeFormat.h"
-#include "infrastructure/logging/Log.h"
-#include "infrastructure/persistence/LibraryIdentity.h"
-#include "infrastructure/persistence/SQLiteDatabase.h"
+#include "infrastructure/persistence/Library.h"
+#include "infrastructure/persistence/LibraryTables.h"
 
 #include <algorithm>
+#include <QPointer>
 
 namespace {
 
 constexpr double kEdgeSeconds = 5.0;
 
-std::optional<PlaybackRecord> recordFromRow(const SQLiteRow& row)
-{
-    const SQLiteValue id = row.value(QStringLiteral("id"), SQLiteValue::null());
-    const SQLiteValue url = row.value(QStringLiteral("video_url"), SQLiteValue::null());
-    const SQLiteValue title = row.value(QStringLiteral("title"), SQLiteValue::null());
-    const SQLiteValue playedAt = row.value(QStringLiteral("last_played_at"), SQLiteValue::null());
-    if (!id.isText() || !url.isText() || !title.isText() || !playedAt.isReal())
-        return std::nullopt;
-    const QUuid uuid = QUuid::fromString(id.toText());
-    const QUrl videoURL(url.toText(), QUrl::StrictMode);
-    if (uuid.isNull() || !videoURL.isValid() || videoURL.isEmpty())
-        return std::nullopt;
-
-    auto realOrZero = [&row](const char* column) {
-        const SQLiteValue value = row.value(QLatin1String(column), SQLiteValue::null());
-        return value.isReal() ? value.toReal() : 0.0;
-    };
-    return PlaybackRecord{uuid,
-                          videoURL,
-                          title.toText(),
-                          realOrZero("last_position"),
-                          realOrZero("duration"),
-                          velmar::fromReferenceTimestamp(playedAt.toReal())};
-}
-
 } // namespace
 
-PlaybackHistoryManager::PlaybackHistoryManager(SQLiteDatabase& db, int maxHistoryCount,
+PlaybackHistoryManager::PlaybackHistoryManager(Library& library, int maxHistoryCount,
                                                QObject* parent)
     : QObject(parent)
-    , m_db(db)
+    , m_library(library)
     , m_maxHistoryCount(maxHistoryCount)
-{
-    loadHistory();
-}
+{}
 
-void PlaybackHistoryManager::loadHistory()
+QCoro::Task<void> PlaybackHistoryManager::loadHistory()
 {
-    try {
-        const QList<SQLiteRow> rows = m_db.query(
-            QStringLiteral("SELECT * FROM playback_history ORDER BY last_played_at DESC LIMIT ?"),
-            {SQLiteValue::integer(m_maxHistoryCount)});
-        QList<PlaybackRecord> records;
-        for (const SQLiteRow& row : rows) {
-            if (auto record = recordFromRow(row))
-                records << *record;
-        }
-        m_history = records;
-        Q_EMIT historyChanged();
-    } catch (const std::exception& error) {
-        velmar::logLine(QStringLiteral("[PlaybackHistoryManager] loadHistory failed: ") +
-                        QString::fromUtf8(error.what()));
+    QPointer<PlaybackHistoryManager> self(this);
+    QCoro::Task<QList<SQLiteRow>> reading =
+        m_library.query(LibraryTables::selectHistory(m_maxHistoryCount));
+    const QList<SQLiteRow> rows = co_await reading;
+    if (!self)
+        co_return;
+    QList<PlaybackRecord> records;
+    for (const SQLiteRow& row : rows) {
+        if (auto record = LibraryTables::historyRecord(row))
+            records << *record;
     }
+    m_history = records;
+    Q_EMIT historyChanged();
 }
 
 void PlaybackHistoryManager::recordPosition(const QUrl& videoURL, const QString& title,
@@ -73,51 +43,26 @@ void PlaybackHistoryManager::recordPosition(const QUrl& videoURL, const QString&
     if (!(position > kEdgeSeconds && duration - kEdgeSeconds > position))
         return;
     const QDateTime now = QDateTime::currentDateTimeUtc();
-    const double nowSeconds = velmar::toReferenceTimestamp(now);
-    const QString urlText = LibraryIdentity::urlText(videoURL);
 
     auto existing = std::find_if(m_history.begin(), m_history.end(),
                                  [&](const PlaybackRecord& r) { return r.videoURL == videoURL; });
-    try {
-        if (existing != m_history.end()) {
-            existing->lastPosition = position;
-            existing->duration = duration;
-            existing->lastPlayedAt = now;
-            Q_EMIT historyChanged();
-            m_db.execute(QStringLiteral("    UPDATE playback_history SET last_position = ?, "
-                                        "duration = ?, last_played_at = ?\n"
-                                        "    WHERE video_url = ?"),
-                         {SQLiteValue::real(position), SQLiteValue::real(duration),
-                          SQLiteValue::real(nowSeconds), SQLiteValue::text(urlText)});
-            return;
-        }
-
-        const PlaybackRecord record{QUuid::createUuid(), videoURL, title, position, duration, now};
-        m_history.prepend(record);
+    if (existing != m_history.end()) {
+        existing->lastPosition = position;
+        existing->duration = duration;
+        existing->lastPlayedAt = now;
         Q_EMIT historyChanged();
-        m_db.execute(QStringLiteral("    INSERT OR REPLACE INTO playback_history (id, video_url, "
-                                    "title, last_position, duration, last_played_at)\n"
-                                    "    VALUES (?, ?, ?, ?, ?, ?)"),
-                     {SQLiteValue::text(LibraryIdentity::uuidText(record.id)),
-                      SQLiteValue::text(urlText), SQLiteValue::text(title),
-                      SQLiteValue::real(position), SQLiteValue::real(duration),
-                      SQLiteValue::real(nowSeconds)});
-    } catch (const std::exception&) {
-        // Writes are best effort: the in-memory history is what the session uses.
+        m_library.execute(LibraryTables::updateHistoryPosition(*existing));
+        return;
     }
 
+    const PlaybackRecord record{QUuid::createUuid(), videoURL, title, position, duration, now};
+    m_history.prepend(record);
+    m_library.execute(LibraryTables::insertHistory(record, LibraryTables::OnConflict::Replace));
     if (m_history.size() > m_maxHistoryCount) {
         m_history.resize(m_maxHistoryCount);
-        Q_EMIT historyChanged();
-        try {
-            m_db.execute(QStringLiteral("    DELETE FROM playback_history WHERE id NOT IN (\n"
-                                        "        SELECT id FROM playback_history ORDER BY "
-                                        "last_played_at DESC LIMIT ?\n"
-                                        "    )"),
-                         {SQLiteValue::integer(m_maxHistoryCount)});
-        } catch (const std::exception&) {
-        }
+        m_library.execute(LibraryTables::trimHistory(m_maxHistoryCount));
     }
+    Q_EMIT historyChanged();
 }
 
 std::optional<double> PlaybackHistoryManager::resumePosition(const QUrl& videoURL) const

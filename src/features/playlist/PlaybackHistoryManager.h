@@ -1,25 +1,27 @@
 #pragma once
 
-#include "PlaybackRecord.h"
+#include "model/PlaybackRecord.h"
 
 #include <optional>
+#include <QCoroTask>
 #include <QList>
 #include <QObject>
 
-class SQLiteDatabase;
+class Library;
 
 /// Remembers where playback of each file stopped, newest files first, mirrored in the
-/// `playback_history` table. Keeps at most `maxHistoryCount` records. Never throws: load
-/// failures are printed, write failures are ignored and the in-memory change stays.
-/// GUI thread only.
+/// `playback_history` table. Keeps at most `maxHistoryCount` records. Writes go to the library
+/// and never fail visibly: the in-memory history is what the session uses. GUI thread only.
 class PlaybackHistoryManager : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Loads the stored history at once.
-    explicit PlaybackHistoryManager(SQLiteDatabase& db, int maxHistoryCount = 50,
+    explicit PlaybackHistoryManager(Library& library, int maxHistoryCount = 50,
                                     QObject* parent = nullptr);
+
+    /// Reads the stored history (once, at start).
+    QCoro::Task<void> loadHistory();
 
     const QList<PlaybackRecord>& history() const { return m_history; }
     int maxHistoryCount() const { return m_maxHistoryCount; }
@@ -35,9 +37,7 @@ Q_SIGNALS:
     void historyChanged();
 
 private:
-    void loadHistory();
-
-    SQLiteDatabase& m_db;
+    Library& m_library;
     const int m_maxHistoryCount;
     QList<PlaybackRecord> m_history;
 };

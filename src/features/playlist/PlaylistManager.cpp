@@ -1,6 +1,6 @@
 #include "PlaylistManager.h"
 
-#include "core/model/PropertyUpdate.h"
+#include "base/PropertyUpdate.h"
 #include "FolderScanner.h"
 
 #include <QCoroFuture>
@@ -20,9 +20,10 @@ void PlaylistManager::add(const QUrl& url)
     Q_EMIT itemsChanged();
 }
 
-QCoro::Task<void> PlaylistManager::addFolder(QUrl folder)
+QCoro::Task<bool> PlaylistManager::addFolder(QUrl folder)
 {
     QPointer<PlaylistManager> self(this);
+    const quint64 generation = ++m_scanGeneration;
     const QString path = folder.toLocalFile();
     // The items are built on the worker too, so the GUI thread only appends a finished list.
     // (A named future, not a temporary: GCC 12 destroys temporaries of a co_await operand twice.)
@@ -33,10 +34,13 @@ QCoro::Task<void> PlaylistManager::addFolder(QUrl folder)
         return items;
     });
     const QList<PlaylistItem> found = co_await scan;
-    if (!self || found.isEmpty())
-        co_return;
-    m_items.append(found);
-    Q_EMIT itemsChanged();
+    if (!self || generation != m_scanGeneration)
+        co_return false;
+    if (!found.isEmpty()) {
+        m_items.append(found);
+        Q_EMIT itemsChanged();
+    }
+    co_return true;
 }
 
 bool PlaylistManager::hasNext() const
@@ -82,6 +86,7 @@ void PlaylistManager::updateCurrentDuration(double seconds)
 
 void PlaylistManager::clear()
 {
+    ++m_scanGeneration;
     setItems({});
     setCurrentIndex(std::nullopt);
 }

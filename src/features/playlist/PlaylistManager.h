@@ -1,6 +1,6 @@
 #pragma once
 
-#include "PlaylistItem.h"
+#include "model/PlaylistItem.h"
 
 #include <optional>
 #include <QCoroTask>
@@ -24,8 +24,14 @@ public:
     /// Appends one file; the current entry stays as it is.
     void add(const QUrl& url);
     /// Appends every video file found below the folder (see FolderScanner). The scan runs off
-    /// the GUI thread; the items are added when it completes.
-    QCoro::Task<void> addFolder(QUrl folder);
+    /// the GUI thread; the items are added when it completes, unless the playlist was cleared
+    /// or another folder was asked for meanwhile (the later request wins): false then.
+    QCoro::Task<bool> addFolder(QUrl folder);
+
+    /// Drops what folder scans still running would add (a later request wins). Returns a
+    /// ticket that stays current until the next cancel, scan or clear.
+    quint64 cancelPendingScans() { return ++m_scanGeneration; }
+    bool isCurrent(quint64 ticket) const { return ticket == m_scanGeneration; }
 
     bool hasNext() const;
     std::optional<QUrl> next();
@@ -54,4 +60,5 @@ private:
 
     QList<PlaylistItem> m_items;
     std::optional<int> m_currentIndex;
+    quint64 m_scanGeneration = 0; // bumped by every folder scan and every clear
 };

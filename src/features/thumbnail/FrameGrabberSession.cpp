@@ -3,9 +3,9 @@
 #include <cstdlib>
 #include <QColorSpace>
 
-std::unique_ptr<FrameGrabberSession> FrameGrabberSession::open(const QString& path)
+std::unique_ptr<FrameGrabberSession> FrameGrabberSession::open(const QByteArray& path)
 {
-    VelmarFrameGrabber* grabber = velmar_grabber_open(path.toUtf8().constData(), 0);
+    VelmarFrameGrabber* grabber = velmar_grabber_open(path.constData(), 0);
     if (!grabber)
         return nullptr;
     return std::unique_ptr<FrameGrabberSession>(new FrameGrabberSession(grabber));

@@ -15,7 +15,7 @@ class FrameGrabberSession
 {
 public:
     /// Opens the file; null when it cannot be grabbed from (unreadable, no video, not a file).
-    static std::unique_ptr<FrameGrabberSession> open(const QString& path);
+    static std::unique_ptr<FrameGrabberSession> open(const QByteArray& path);
 
     /// The frame near `seconds`, at most `maxWidth` pixels wide; null on failure.
     QImage grab(double seconds, int maxWidth);

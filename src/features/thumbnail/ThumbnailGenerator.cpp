@@ -1,10 +1,12 @@
 #include "ThumbnailGenerator.h"
 
 #include "FrameGrabberSession.h"
+#include "model/MediaFiles.h"
 #include "ThumbnailTimeline.h"
 
 #include <array>
 #include <chrono>
+#include <cmath>
 #include <QCoroFuture>
 #include <QCoroTimer>
 #include <QPointer>
@@ -16,6 +18,9 @@ namespace {
 
 // The pause between two pictures of the walk, which leaves the processor to playback.
 constexpr std::chrono::milliseconds kWalkPause(100);
+// The walk starts this long after a file opens: its first picture must not compete with the
+// player's own for the processor.
+constexpr std::chrono::milliseconds kWalkStartDelay(1000);
 
 // Where `thumbnail` looks when its own bucket is missing, nearest first.
 constexpr std::array<qint64, 4> kNeighbourOffsets = {1, -1, 2, -2};
@@ -30,7 +35,7 @@ struct GrabResult
 
 // Grabs on the thread pool, opening a session first when there is none: opening a long file
 // (reading its index) costs several grabs, so each file is opened once per lane.
-QFuture<GrabResult> grabInBackground(const QString& path,
+QFuture<GrabResult> grabInBackground(const QByteArray& path,
                                      std::shared_ptr<FrameGrabberSession> session, double seconds)
 {
     return QtConcurrent::run([path, session = std::move(session), seconds] {
@@ -65,7 +70,7 @@ void ThumbnailGenerator::setup(const QUrl& url, double duration)
     setLastImage(QImage());
     m_lastDisplayedKey = -1;
 
-    m_path = url.isLocalFile() ? url.toLocalFile() : QString();
+    m_path = url.isLocalFile() ? MediaFiles::localPath(url) : QByteArray();
     m_bucketSize = thumbnails::bucketSize(duration);
     if (duration > 0 && !m_path.isEmpty())
         walkTimeline(thumbnails::walkTimes(duration, m_bucketSize));
@@ -73,6 +78,9 @@ void ThumbnailGenerator::setup(const QUrl& url, double duration)
 
 QImage ThumbnailGenerator::thumbnail(double seconds)
 {
+    // A time no file can have (from a seek bar of zero width, say) asks for nothing.
+    if (!std::isfinite(seconds) || std::abs(seconds / m_bucketSize) > 1e15)
+        return QImage();
     const qint64 key = thumbnails::bucketKey(seconds, m_bucketSize);
     if (key == m_lastDisplayedKey)
         return m_lastImage;
@@ -102,9 +110,11 @@ QCoro::Task<> ThumbnailGenerator::walkTimeline(QList<double> times)
 {
     QPointer<ThumbnailGenerator> self(this);
     const quint64 epoch = m_epoch;
-    const QString path = m_path;
+    const QByteArray path = m_path;
     std::shared_ptr<FrameGrabberSession> session;
 
+    QCoro::Task<> settling = QCoro::sleepFor(kWalkStartDelay);
+    co_await settling;
     for (const double seconds : times) {
         if (!self || m_epoch != epoch)
             co_return;
@@ -145,7 +155,7 @@ QCoro::Task<> ThumbnailGenerator::serveRequests()
 {
     QPointer<ThumbnailGenerator> self(this);
     const quint64 epoch = m_epoch;
-    const QString path = m_path;
+    const QByteArray path = m_path;
     std::shared_ptr<FrameGrabberSession> session = std::exchange(m_requestSession, nullptr);
     m_servingRequests = true;
 

@@ -43,8 +43,8 @@ public:
     void setup(const QUrl& url, double duration);
 
     /// The picture for `seconds`: its bucket's own, else a neighbour's, else the last one shown
-    /// (null when there is none). Never waits; a missing bucket is asked for once, and
-    /// `cacheChanged` tells when it arrives.
+    /// (null when there is none, or when the time is not one a file can have). Never waits; a
+    /// missing bucket is asked for once, and `cacheChanged` tells when it arrives.
     Q_INVOKABLE QImage thumbnail(double seconds);
 
     QImage lastImage() const { return m_lastImage; }
@@ -84,7 +84,7 @@ private:
     QImage m_lastImage;
     qint64 m_lastDisplayedKey = -1;
     double m_bucketSize = 2.0;
-    QString m_path;
+    QByteArray m_path; // the file's name as the file system has it
     // Every setup starts a new epoch. Work of an older epoch that comes back from the thread
     // pool finds the epoch changed and stops without touching the new file's state.
     quint64 m_epoch = 0;

@@ -1,13 +1,24 @@
 #pragma once
 
-#include "core/model/MediaTrack.h"
+#include "model/MediaTrack.h"
 
 #include <QList>
 #include <QObject>
 #include <QtQml/qqmlregistration.h>
 
+/// Where cycling through a kind of track lands: nowhere (no tracks, or no other audio track),
+/// subtitles off, or a track at `position` (from 1) of `count`.
+struct TrackCycle
+{
+    enum class Result { NoTracks, Off, Track };
+    Result result = Result::NoTracks;
+    MediaTrack track;
+    int position = 0;
+    int count = 0;
+};
+
 /// The audio and subtitle tracks of the open file and which of them are selected (0 = none).
-/// GUI thread only; fed by the decoder's event reactions and by track selection commands.
+/// GUI thread only; fed with what libmpv reports and by track selection commands.
 class TrackManager : public QObject
 {
     Q_OBJECT
@@ -37,6 +48,11 @@ public:
 
     /// Empties both lists and deselects both tracks, for a new file.
     void reset();
+
+    /// The audio track after the selected one, wrapping round; none with fewer than two.
+    TrackCycle nextAudioTrack() const;
+    /// The subtitle track after the selected one, then "off", then the first again.
+    TrackCycle nextSubtitleTrack() const;
 
 Q_SIGNALS:
     void audioTracksChanged();

@@ -1,5 +1,7 @@
 #include "KeyBinding.h"
 
+#include <cmath>
+
 #include <QHash>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -106,8 +108,14 @@ std::optional<QList<KeyBinding>> fromJson(const QByteArray& json)
         const QJsonValue modifiers = object.value(QLatin1String("modifiers"));
         const auto action =
             PlayerActions::fromRawValue(object.value(QLatin1String("action")).toString());
-        if (!value.isObject() || !action || !keyCode.isDouble() || !modifiers.isDouble() ||
-            keyCode.toDouble() < 0 || keyCode.toDouble() > 0xFFFF || modifiers.toDouble() < 0)
+        // Key numbers and modifier masks are whole numbers; anything else is not a table the
+        // player wrote (12.5 is no key, and must not quietly become key 0).
+        auto isWhole = [](const QJsonValue& v, double max) {
+            const double number = v.toDouble(-1);
+            return v.isDouble() && number >= 0 && number <= max && number == std::trunc(number);
+        };
+        if (!value.isObject() || !action || !isWhole(keyCode, 0xFFFF) ||
+            !isWhole(modifiers, 9007199254740992.0))
             return std::nullopt;
         bindings << KeyBinding{*action, quint16(keyCode.toInt()), quint64(modifiers.toDouble())};
     }

@@ -1,6 +1,5 @@
 #include "KeyBindingManager.h"
 
-#include "core/engine/PlaybackEngine.h"
 #include "infrastructure/preferences/Preferences.h"
 #include "QtKeyTranslation.h"
 
@@ -19,6 +18,16 @@ bool isTextInput(const QQuickItem* item)
     return item && (item->inherits("QQuickTextInput") || item->inherits("QQuickTextEdit"));
 }
 
+/// Whether the item sits in an open popup (a menu, a dialog drawn in the window).
+bool isInPopup(const QQuickItem* item)
+{
+    for (; item; item = item->parentItem()) {
+        if (item->inherits("QQuickPopupItem"))
+            return true;
+    }
+    return false;
+}
+
 } // namespace
 
 KeyBindingManager::KeyBindingManager(QObject* parent)
@@ -26,9 +35,10 @@ KeyBindingManager::KeyBindingManager(QObject* parent)
 {
     m_clock.start();
     const Preferences preferences;
-    const auto stored = preferences.contains(storageKey)
-                            ? KeyBindings::fromJson(preferences.dataValue(storageKey))
-                            : std::nullopt;
+    const auto stored =
+        preferences.contains(PreferenceKeys::keyBindings)
+            ? KeyBindings::fromJson(preferences.dataValue(PreferenceKeys::keyBindings))
+            : std::nullopt;
     if (!stored) {
         m_bindings = KeyBindings::defaults();
         return;
@@ -43,11 +53,6 @@ KeyBindingManager::KeyBindingManager(QObject* parent)
     }
 }
 
-void KeyBindingManager::setEngine(PlaybackEngine* engine)
-{
-    m_engine = engine;
-}
-
 void KeyBindingManager::start(QQuickWindow* mainWindow)
 {
     if (m_mainWindow == mainWindow)
@@ -56,6 +61,15 @@ void KeyBindingManager::start(QQuickWindow* mainWindow)
     m_mainWindow = mainWindow;
     if (m_mainWindow)
         m_mainWindow->installEventFilter(this);
+}
+
+void KeyBindingManager::setFloatingWindow(QQuickWindow* window)
+{
+    if (m_floatingWindow)
+        m_floatingWindow->removeEventFilter(this);
+    m_floatingWindow = window;
+    if (m_floatingWindow)
+        m_floatingWindow->installEventFilter(this);
 }
 
 void KeyBindingManager::stop()
@@ -69,7 +83,8 @@ bool KeyBindingManager::eventFilter(QObject* watched, QEvent* event)
 {
     // The type test comes first: the window also sends events while it is being destroyed,
     // when it can no longer be looked at as a window.
-    if (event->type() == QEvent::KeyPress && watched == m_mainWindow &&
+    if (event->type() == QEvent::KeyPress &&
+        (watched == m_mainWindow || (m_floatingWindow && watched == m_floatingWindow)) &&
         handleKeyEvent(*static_cast<QKeyEvent*>(event))) {
         event->accept();
         return true;
@@ -99,15 +114,27 @@ void KeyBindingManager::resetToDefaults()
 
 void KeyBindingManager::save()
 {
-    Preferences().setData(storageKey, KeyBindings::toJson(m_bindings));
+    Preferences().setData(PreferenceKeys::keyBindings, KeyBindings::toJson(m_bindings));
+}
+
+bool KeyBindingManager::keysBelongToPlayer() const
+{
+    // Only the player's windows take keys, and never from a text field being edited or while
+    // one of its menus or dialogs has the keyboard: arrows and Return navigate those.
+    QWindow* focusWindow = QGuiApplication::focusWindow();
+    QQuickWindow* window = !focusWindow                      ? nullptr
+                           : focusWindow == m_mainWindow     ? m_mainWindow.get()
+                           : focusWindow == m_floatingWindow ? m_floatingWindow.get()
+                                                             : nullptr;
+    if (!window)
+        return false;
+    const QQuickItem* focus = window->activeFocusItem();
+    return !isTextInput(focus) && !isInPopup(focus);
 }
 
 bool KeyBindingManager::handleKeyEvent(const QKeyEvent& event)
 {
-    // Only the player window takes keys, and never from a text field being edited.
-    if (!m_mainWindow || QGuiApplication::focusWindow() != m_mainWindow)
-        return false;
-    if (isTextInput(m_mainWindow->activeFocusItem()))
+    if (!keysBelongToPlayer())
         return false;
 
     const std::optional<quint16> keyCode =
@@ -128,6 +155,5 @@ bool KeyBindingManager::handleKeyEvent(const QKeyEvent& event)
         m_lastSeekMs = now;
     }
     Q_EMIT actionTriggered(match->action);
-    executeAction(match->action);
     return true;
 }

@@ -1,19 +1,20 @@
 #include "DatabaseManager.h"
 
-#include "core/model/TimeFormat.h"
-#include "infrastructure/logging/Log.h"
+#include "base/Log.h"
 #include "infrastructure/preferences/Preferences.h"
 #include "LegacyRecords.h"
-#include "LibraryIdentity.h"
+#include "LibraryTables.h"
+#include "model/TimeFormat.h"
 
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QStandardPaths>
+#include <stdexcept>
 
 namespace {
 
 const QString kMigrationMarker = QStringLiteral("migrated_from_userdefaults");
-const QString kLegacyHistoryKey = QStringLiteral("VelmarPlayer.PlaybackHistory");
-const QString kLegacyBookmarksKey = QStringLiteral("VelmarPlayer.Bookmarks");
-const QString kLegacyPerFileKey = QStringLiteral("VelmarPlayer.PerFileSettings");
 constexpr double kRetentionSeconds = 7776000; // 90 days
 
 const QString kSchema[] = {
@@ -52,12 +53,6 @@ QString describe(const std::exception& error)
 
 } // namespace
 
-DatabaseManager& DatabaseManager::shared()
-{
-    static DatabaseManager manager(defaultDatabasePath());
-    return manager;
-}
-
 QString DatabaseManager::defaultDatabasePath()
 {
     return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
@@ -68,21 +63,70 @@ DatabaseManager::DatabaseManager(const QString& path)
     : m_path(path)
 {}
 
-void DatabaseManager::setup()
+DatabaseManager::SetupResult DatabaseManager::setup()
 {
+    using Outcome = SetupResult::Outcome;
+    SetupResult result{Outcome::Ready, {}};
     try {
-        m_db.open(m_path);
-        createTables();
+        try {
+            openChecked();
+        } catch (const SQLiteError& error) {
+            if (error.isBusy())
+                return {Outcome::Busy, {}};
+            if (!error.isCorrupt())
+                throw;
+            velmar::logLine(QStringLiteral("[DatabaseManager] The library is damaged: ") +
+                            error.message());
+            result = {Outcome::SetAside, setAside()};
+            openChecked();
+        }
     } catch (const std::exception& error) {
+        m_db.close();
         velmar::logLine(QStringLiteral("[DatabaseManager] setup failed: ") + describe(error));
-        return;
+        return {Outcome::Unavailable, result.setAsidePath};
     }
     migrateFromUserDefaults();
-    cleanupExpiredData();
+    if (m_db.isReadOnly())
+        result.outcome = Outcome::ReadOnly;
+    return result;
+}
+
+void DatabaseManager::openChecked()
+{
+    m_db.open(m_path);
+    if (const QString integrity = m_db.checkIntegrity(); integrity != QLatin1String("ok"))
+        throw SQLiteError(SQLiteError::Kind::Step, integrity, SQLiteError::kCorrupt);
+    createTables();
+}
+
+QString DatabaseManager::setAside()
+{
+    m_db.close();
+    const QFileInfo file(m_path);
+    const QString stamp = QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss"));
+    QString aside;
+    for (int attempt = 1; aside.isEmpty() || QFileInfo::exists(aside); ++attempt)
+        aside = file.dir().filePath(
+            QStringLiteral("%1.damaged-%2%3.%4")
+                .arg(file.completeBaseName(), stamp,
+                     attempt == 1 ? QString() : QStringLiteral("-%1").arg(attempt), file.suffix()));
+    if (!QFile::rename(m_path, aside))
+        throw std::runtime_error("the damaged library could not be moved aside");
+    // Its write-ahead log goes with it: replayed into the new file, it would damage that too.
+    for (const char* suffix : {"-wal", "-shm"})
+        QFile::rename(m_path + QLatin1String(suffix), aside + QLatin1String(suffix));
+    velmar::logLine(QStringLiteral("[DatabaseManager] Kept the damaged library as ") + aside);
+    return aside;
 }
 
 void DatabaseManager::createTables()
 {
+    // A database that already has its tables is left unwritten, so that opening it needs no
+    // write lock (another program may hold one).
+    const QList<SQLiteRow> existing = m_db.query(
+        QStringLiteral("SELECT name FROM sqlite_master WHERE type IN ('table', 'index')"));
+    if (existing.size() >= int(std::size(kSchema)))
+        return;
     for (const QString& statement : kSchema)
         m_db.execute(statement);
 }
@@ -109,12 +153,12 @@ void DatabaseManager::migrateFromUserDefaults()
 
     Preferences preferences;
     try {
-        if (preferences.contains(kLegacyHistoryKey))
-            migrateHistory(preferences.dataValue(kLegacyHistoryKey));
-        if (preferences.contains(kLegacyBookmarksKey))
-            migrateBookmarks(preferences.dataValue(kLegacyBookmarksKey));
-        if (preferences.contains(kLegacyPerFileKey))
-            migratePerFileSettings(preferences.dataValue(kLegacyPerFileKey));
+        if (preferences.contains(PreferenceKeys::legacyHistory))
+            migrateHistory(preferences.dataValue(PreferenceKeys::legacyHistory));
+        if (preferences.contains(PreferenceKeys::legacyBookmarks))
+            migrateBookmarks(preferences.dataValue(PreferenceKeys::legacyBookmarks));
+        if (preferences.contains(PreferenceKeys::legacyPerFileSettings))
+            migratePerFileSettings(preferences.dataValue(PreferenceKeys::legacyPerFileSettings));
         m_db.execute(QStringLiteral("INSERT INTO schema_info (key, value) VALUES (?, ?)"),
                      {SQLiteValue::text(kMigrationMarker), SQLiteValue::text(QStringLiteral("1"))});
         m_db.execute(QStringLiteral("COMMIT"));
@@ -130,53 +174,36 @@ void DatabaseManager::migrateFromUserDefaults()
     }
 
     // Only now that the rows are committed may the old copies go.
-    preferences.remove(kLegacyHistoryKey);
-    preferences.remove(kLegacyBookmarksKey);
-    preferences.remove(kLegacyPerFileKey);
+    preferences.remove(PreferenceKeys::legacyHistory);
+    preferences.remove(PreferenceKeys::legacyBookmarks);
+    preferences.remove(PreferenceKeys::legacyPerFileSettings);
     velmar::logLine(QStringLiteral("[DatabaseManager] UserDefaults migration completed"));
 }
 
 void DatabaseManager::migrateHistory(const QByteArray& json)
 {
-    for (const PlaybackRecord& record : LegacyRecords::decodeHistory(json)) {
-        m_db.execute(QStringLiteral("    INSERT OR IGNORE INTO playback_history (id, video_url, "
-                                    "title, last_position, duration, last_played_at)\n"
-                                    "    VALUES (?, ?, ?, ?, ?, ?)"),
-                     {SQLiteValue::text(LibraryIdentity::uuidText(record.id)),
-                      SQLiteValue::text(LibraryIdentity::urlText(record.videoURL)),
-                      SQLiteValue::text(record.title), SQLiteValue::real(record.lastPosition),
-                      SQLiteValue::real(record.duration),
-                      SQLiteValue::real(velmar::toReferenceTimestamp(record.lastPlayedAt))});
-    }
+    for (const PlaybackRecord& record : LegacyRecords::decodeHistory(json))
+        run(LibraryTables::insertHistory(record, LibraryTables::OnConflict::Ignore));
 }
 
 void DatabaseManager::migrateBookmarks(const QByteArray& json)
 {
-    for (const Bookmark& bookmark : LegacyRecords::decodeBookmarks(json)) {
-        m_db.execute(QStringLiteral("    INSERT OR IGNORE INTO bookmarks (id, video_url, time, "
-                                    "name, created_at, thumbnail_data)\n"
-                                    "    VALUES (?, ?, ?, ?, ?, ?)"),
-                     {SQLiteValue::text(LibraryIdentity::uuidText(bookmark.id)),
-                      SQLiteValue::text(LibraryIdentity::urlText(bookmark.videoURL)),
-                      SQLiteValue::real(bookmark.time), SQLiteValue::text(bookmark.name),
-                      SQLiteValue::real(velmar::toReferenceTimestamp(bookmark.createdAt)),
-                      bookmark.thumbnailData ? SQLiteValue::blob(*bookmark.thumbnailData)
-                                             : SQLiteValue::null()});
-    }
+    for (const Bookmark& bookmark : LegacyRecords::decodeBookmarks(json))
+        run(LibraryTables::insertBookmark(bookmark, LibraryTables::OnConflict::Ignore));
 }
 
 void DatabaseManager::migratePerFileSettings(const QByteArray& json)
 {
-    const double now = velmar::referenceTimestampNow();
+    const QDateTime now = QDateTime::currentDateTimeUtc();
     const QMap<QString, PerFileSettings> settings = LegacyRecords::decodePerFileSettings(json);
-    for (auto it = settings.begin(); it != settings.end(); ++it) {
-        m_db.execute(QStringLiteral("    INSERT OR IGNORE INTO per_file_settings (file_path, "
-                                    "settings_json, updated_at)\n"
-                                    "    VALUES (?, ?, ?)"),
-                     {SQLiteValue::text(it.key()),
-                      SQLiteValue::text(QString::fromUtf8(it.value().toJson())),
-                      SQLiteValue::real(now)});
-    }
+    for (auto it = settings.begin(); it != settings.end(); ++it)
+        run(LibraryTables::insertPerFileSettings(it.key(), it.value(), now,
+                                                 LibraryTables::OnConflict::Ignore));
+}
+
+void DatabaseManager::run(const SQLiteStatement& statement)
+{
+    m_db.execute(statement.sql, statement.parameters);
 }
 
 void DatabaseManager::cleanupExpiredData()

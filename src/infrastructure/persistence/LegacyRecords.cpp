@@ -1,6 +1,6 @@
 #include "LegacyRecords.h"
 
-#include "core/model/TimeFormat.h"
+#include "model/TimeFormat.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "core/model/PerFileSettings.h"
-#include "features/bookmark/Bookmark.h"
-#include "features/playlist/PlaybackRecord.h"
+#include "model/Bookmark.h"
+#include "model/PerFileSettings.h"
+#include "model/PlaybackRecord.h"
 
 #include <QByteArray>
 #include <QList>

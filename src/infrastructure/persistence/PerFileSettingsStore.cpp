@@ -1,32 +1,36 @@
 #include "PerFileSettingsStore.h"
 
-#include "core/model/TimeFormat.h"
-#include "infrastructure/logging/Log.h"
-#include "SQLiteDatabase.h"
+#include "Library.h"
+#include "LibraryTables.h"
 
-PerFileSettingsStore::PerFileSettingsStore(SQLiteDatabase& db)
-    : m_db(db)
-{
-    loadAll();
-}
+#include <QPointer>
+
+PerFileSettingsStore::PerFileSettingsStore(Library& library, QObject* parent)
+    : QObject(parent)
+    , m_library(library)
+{}
 
 void PerFileSettingsStore::loadAll()
 {
-    try {
-        const QList<SQLiteRow> rows =
-            m_db.query(QStringLiteral("SELECT file_path, settings_json FROM per_file_settings"));
-        for (const SQLiteRow& row : rows) {
-            const SQLiteValue path = row.value(QStringLiteral("file_path"), SQLiteValue::null());
-            const SQLiteValue json =
-                row.value(QStringLiteral("settings_json"), SQLiteValue::null());
-            if (!path.isText() || !json.isText())
-                continue;
-            if (auto settings = PerFileSettings::fromJson(json.toText().toUtf8()))
-                m_cache.insert(path.toText(), *settings);
-        }
-    } catch (const std::exception& error) {
-        velmar::logLine(QStringLiteral("[PerFileSettingsStore] loadAll failed: ") +
-                        QString::fromUtf8(error.what()));
+    auto loaded = std::make_shared<QPromise<void>>();
+    m_loaded = loaded->future();
+    loaded->start();
+    read(loaded);
+}
+
+QCoro::Task<void> PerFileSettingsStore::read(std::shared_ptr<QPromise<void>> loaded)
+{
+    QPointer<PerFileSettingsStore> self(this);
+    QCoro::Task<QList<SQLiteRow>> reading = m_library.query(LibraryTables::selectPerFileSettings());
+    const QList<SQLiteRow> rows = co_await reading;
+    loaded->finish();
+    if (!self)
+        co_return;
+    for (const SQLiteRow& row : rows) {
+        // Settings saved before the stored ones arrived are newer.
+        if (auto entry = LibraryTables::perFileSettings(row);
+            entry && !m_cache.contains(entry->first))
+            m_cache.insert(entry->first, entry->second);
     }
 }
 
@@ -39,22 +43,12 @@ std::optional<PerFileSettings> PerFileSettingsStore::settings(const QString& fil
 void PerFileSettingsStore::save(const PerFileSettings& settings, const QUrl& url)
 {
     const QString key = url.path();
-    const double now = velmar::referenceTimestampNow();
-    try {
-        if (settings.isDefault()) {
-            m_cache.remove(key);
-            m_db.execute(QStringLiteral("DELETE FROM per_file_settings WHERE file_path = ?"),
-                         {SQLiteValue::text(key)});
-            return;
-        }
-        m_cache.insert(key, settings);
-        m_db.execute(QStringLiteral("    INSERT OR REPLACE INTO per_file_settings (file_path, "
-                                    "settings_json, updated_at)\n"
-                                    "    VALUES (?, ?, ?)"),
-                     {SQLiteValue::text(key),
-                      SQLiteValue::text(QString::fromUtf8(settings.toJson())),
-                      SQLiteValue::real(now)});
-    } catch (const std::exception&) {
-        // Best effort: the cache keeps the settings for this session.
+    if (settings.isDefault()) {
+        m_cache.remove(key);
+        m_library.execute(LibraryTables::deletePerFileSettings(key));
+        return;
     }
+    m_cache.insert(key, settings);
+    m_library.execute(LibraryTables::insertPerFileSettings(
+        key, settings, QDateTime::currentDateTimeUtc(), LibraryTables::OnConflict::Replace));
 }

@@ -4,14 +4,6 @@
 #include <QFileInfo>
 #include <sqlite3.h>
 
-namespace {
-
-// Another process (a second player, a backup tool) may hold the write lock for a moment;
-// waiting briefly beats losing the write.
-constexpr int kBusyTimeoutMs = 5000;
-
-} // namespace
-
 /// Owns one prepared statement and finalizes it on every path.
 class SQLiteDatabase::Statement
 {
@@ -47,6 +39,18 @@ QString SQLiteDatabase::lastMessage() const
                 : QStringLiteral("database not open");
 }
 
+SQLiteError SQLiteDatabase::lastError(SQLiteError::Kind kind) const
+{
+    return SQLiteError(kind, lastMessage(), m_db ? sqlite3_errcode(m_db.get()) & 0xff : 0);
+}
+
+void SQLiteDatabase::setBusyTimeout(int milliseconds)
+{
+    m_busyTimeoutMs = milliseconds;
+    if (m_db)
+        sqlite3_busy_timeout(m_db.get(), milliseconds);
+}
+
 void SQLiteDatabase::open(const QString& path)
 {
     const std::filesystem::path folder = QFileInfo(path).absolutePath().toStdString();
@@ -59,13 +63,28 @@ void SQLiteDatabase::open(const QString& path)
     if (status != SQLITE_OK || !handle) {
         const QString message =
             handle ? QString::fromUtf8(sqlite3_errmsg(handle)) : QStringLiteral("unknown error");
+        const int code = handle ? sqlite3_errcode(handle) & 0xff : 0;
         sqlite3_close(handle);
-        throw SQLiteError(SQLiteError::Kind::Open, message);
+        throw SQLiteError(SQLiteError::Kind::Open, message, code);
     }
     m_db.reset(handle);
-    sqlite3_busy_timeout(handle, kBusyTimeoutMs);
+    sqlite3_busy_timeout(handle, m_busyTimeoutMs);
     query(QStringLiteral("PRAGMA journal_mode=WAL"));
     execute(QStringLiteral("PRAGMA foreign_keys=ON"));
+}
+
+bool SQLiteDatabase::isReadOnly() const
+{
+    return m_db && sqlite3_db_readonly(m_db.get(), "main") == 1;
+}
+
+QString SQLiteDatabase::checkIntegrity()
+{
+    Statement statement = prepare(QStringLiteral("PRAGMA quick_check(1)"));
+    if (sqlite3_step(statement.get()) != SQLITE_ROW)
+        throw lastError(SQLiteError::Kind::Step);
+    return QString::fromUtf8(
+        reinterpret_cast<const char*>(sqlite3_column_text(statement.get(), 0)));
 }
 
 SQLiteDatabase::Statement SQLiteDatabase::prepare(const QString& sql)
@@ -75,7 +94,7 @@ SQLiteDatabase::Statement SQLiteDatabase::prepare(const QString& sql)
         sqlite3_prepare_v2(m_db.get(), sql.toUtf8().constData(), -1, &handle, nullptr);
     Statement statement(handle);
     if (status != SQLITE_OK || !handle)
-        throw SQLiteError(SQLiteError::Kind::Prepare, lastMessage());
+        throw lastError(SQLiteError::Kind::Prepare);
     return statement;
 }
 
@@ -102,7 +121,7 @@ void SQLiteDatabase::bind(Statement& statement, const QList<SQLiteValue>& parame
             status = sqlite3_bind_null(handle, index);
         }
         if (status != SQLITE_OK)
-            throw SQLiteError(SQLiteError::Kind::Bind, lastMessage());
+            throw lastError(SQLiteError::Kind::Bind);
         ++index;
     }
 }
@@ -112,7 +131,7 @@ int SQLiteDatabase::execute(const QString& sql, const QList<SQLiteValue>& parame
     Statement statement = prepare(sql);
     bind(statement, parameters);
     if (sqlite3_step(statement.get()) != SQLITE_DONE)
-        throw SQLiteError(SQLiteError::Kind::Step, lastMessage());
+        throw lastError(SQLiteError::Kind::Step);
     return sqlite3_changes(m_db.get());
 }
 

@@ -26,6 +26,15 @@ public:
     /// connection held before. A folder that cannot be made throws the file system's error.
     void open(const QString& path);
     bool isOpen() const { return m_db != nullptr; }
+    void close() { m_db.reset(); }
+    /// SQLite opened the file for reading only (the file or its folder cannot be written).
+    bool isReadOnly() const;
+    /// SQLite's quick integrity check: "ok", or the first problem found. Unlike `query`, a
+    /// step error throws, so that a locked file is not taken for a damaged one.
+    QString checkIntegrity();
+    /// How long a statement waits for a lock another connection holds before it fails as
+    /// busy (SQLite's default, 0, fails at once).
+    void setBusyTimeout(int milliseconds);
 
     /// Runs a statement that returns no rows; returns the number of rows it changed.
     int execute(const QString& sql, const QList<SQLiteValue>& parameters = {});
@@ -42,8 +51,10 @@ private:
     };
 
     QString lastMessage() const;
+    SQLiteError lastError(SQLiteError::Kind kind) const;
     Statement prepare(const QString& sql);
     void bind(Statement& statement, const QList<SQLiteValue>& parameters);
 
     std::unique_ptr<sqlite3, Closer> m_db;
+    int m_busyTimeoutMs = 0;
 };

@@ -52,3 +52,10 @@ private:
 /// A result row: column name (or alias) to value. A later column wins over an earlier one of
 /// the same name.
 using SQLiteRow = QHash<QString, SQLiteValue>;
+
+/// A statement with its positional parameters, ready to be run.
+struct SQLiteStatement
+{
+    QString sql;
+    QList<SQLiteValue> parameters;
+};

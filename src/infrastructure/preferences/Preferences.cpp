@@ -1,5 +1,7 @@
 #include "Preferences.h"
 
+#include <cmath>
+
 Preferences::Preferences()
     : m_settings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("VelmarPlayer"),
                  QStringLiteral("VelmarPlayer"))
@@ -19,7 +21,7 @@ double Preferences::doubleValue(const QString& key) const
 {
     bool ok = false;
     const double value = m_settings.value(key).toDouble(&ok);
-    return ok ? value : 0.0;
+    return ok && std::isfinite(value) ? value : 0.0;
 }
 
 QByteArray Preferences::dataValue(const QString& key) const
@@ -64,9 +66,11 @@ void Preferences::remove(const QString& key)
 
 std::optional<float> Preferences::storedVolume() const
 {
-    if (!contains(PreferenceKeys::volume))
+    bool isNumber = false;
+    const double volume = m_settings.value(PreferenceKeys::volume).toDouble(&isNumber);
+    if (!contains(PreferenceKeys::volume) || !isNumber || std::isnan(volume))
         return std::nullopt;
-    return float(doubleValue(PreferenceKeys::volume));
+    return float(std::clamp(volume, 0.0, 1.0));
 }
 
 bool Preferences::boolOr(const QString& key, bool fallback) const

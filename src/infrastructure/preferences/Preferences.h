@@ -22,11 +22,16 @@ inline const QString volume = QStringLiteral("VelmarPlayer.volume");
 inline const QString isMuted = QStringLiteral("VelmarPlayer.isMuted");
 inline const QString windowFrame = QStringLiteral("VelmarPlayer.WindowFrame");
 inline const QString keyBindings = QStringLiteral("VelmarPlayer.KeyBindings");
+// Records older versions kept here, moved into the library once.
+inline const QString legacyHistory = QStringLiteral("VelmarPlayer.PlaybackHistory");
+inline const QString legacyBookmarks = QStringLiteral("VelmarPlayer.Bookmarks");
+inline const QString legacyPerFileSettings = QStringLiteral("VelmarPlayer.PerFileSettings");
 } // namespace PreferenceKeys
 
 /// The per-user key/value store (an INI file under $XDG_CONFIG_HOME/VelmarPlayer). No defaults
 /// are registered: every reader supplies its own fallback, and the typed readers below carry the
-/// fallbacks the player uses. This is the only code that touches QSettings. GUI thread only.
+/// fallbacks the player uses. This is the only code that touches QSettings. Each instance is
+/// used by one thread; instances on different threads see each other's writes.
 class Preferences
 {
 public:
@@ -64,7 +69,8 @@ public:
     double seekSmallStep() const { return positiveOr(PreferenceKeys::seekSmallStep, 5.0); }
     double seekLargeStep() const { return positiveOr(PreferenceKeys::seekLargeStep, 30.0); }
 
-    /// The engine's saved volume, only when one was ever stored.
+    /// The engine's saved volume, only when one was ever stored; kept within 0…1 (a value
+    /// that is not a number counts as not stored).
     std::optional<float> storedVolume() const;
     bool storedIsMuted() const { return boolValue(PreferenceKeys::isMuted); }
 

@@ -9,12 +9,24 @@
 
 namespace FileRevealer {
 
+namespace {
+
+/// Without a file manager that selects files, the folder opens in whatever the desktop uses
+/// for folders. Outside a desktop session there is nothing to show it in.
+void openFolder(const QString& folder)
+{
+    if (!qEnvironmentVariableIsEmpty("XDG_CURRENT_DESKTOP"))
+        QDesktopServices::openUrl(QUrl::fromLocalFile(folder));
+}
+
+} // namespace
+
 void reveal(const QString& filePath)
 {
-    const QUrl folder = QUrl::fromLocalFile(QFileInfo(filePath).absolutePath());
+    const QString folder = QFileInfo(filePath).absolutePath();
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected()) {
-        QDesktopServices::openUrl(folder);
+        openFolder(folder);
         return;
     }
     QDBusMessage call = QDBusMessage::createMethodCall(
@@ -27,7 +39,7 @@ void reveal(const QString& filePath)
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher,
                      [folder](QDBusPendingCallWatcher* finished) {
                          if (finished->isError())
-                             QDesktopServices::openUrl(folder);
+                             openFolder(folder);
                          finished->deleteLater();
                      });
 }

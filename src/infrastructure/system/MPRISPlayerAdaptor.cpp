@@ -1,10 +1,10 @@
 #include "MPRISPlayerAdaptor.h"
 
-#include "core/engine/PlaybackEngine.h"
-#include "core/model/PropertyUpdate.h"
+#include "base/PropertyUpdate.h"
 #include "MPRISNames.h"
 #include "NowPlayingManager.h"
 
+#include <cmath>
 #include <QDBusMessage>
 #include <QUrl>
 
@@ -33,16 +33,6 @@ QDBusObjectPath MPRISPlayerAdaptor::publishedTrackId() const
     return m_metadata.value(kTrackIdKey).value<QDBusObjectPath>();
 }
 
-double MPRISPlayerAdaptor::minimumRate() const
-{
-    return double(PlaybackEngine::playbackRates.front());
-}
-
-double MPRISPlayerAdaptor::maximumRate() const
-{
-    return double(PlaybackEngine::playbackRates.back());
-}
-
 void MPRISPlayerAdaptor::setPlaybackStatus(const QString& status)
 {
     if (assignIfChanged(m_playbackStatus, status))
@@ -53,6 +43,34 @@ void MPRISPlayerAdaptor::setRate(double rate)
 {
     if (assignIfChanged(m_rate, rate))
         announceChange(QStringLiteral("Rate"), m_rate);
+}
+
+void MPRISPlayerAdaptor::setVolume(double volume)
+{
+    if (assignIfChanged(m_volume, volume))
+        announceChange(QStringLiteral("Volume"), m_volume);
+}
+
+void MPRISPlayerAdaptor::setRateLimits(double minimum, double maximum)
+{
+    m_minimumRate = minimum;
+    m_maximumRate = maximum;
+}
+
+void MPRISPlayerAdaptor::requestRate(double rate)
+{
+    // MPRIS: a rate of 0 means pause; anything outside the offered speeds is not a request
+    // to act on.
+    if (rate == 0.0)
+        Q_EMIT m_manager->pauseRequested();
+    else if (rate >= m_minimumRate && rate <= m_maximumRate)
+        Q_EMIT m_manager->rateRequested(rate);
+}
+
+void MPRISPlayerAdaptor::requestVolume(double volume)
+{
+    if (std::isfinite(volume))
+        Q_EMIT m_manager->volumeRequested(std::clamp(volume, 0.0, 1.0));
 }
 
 void MPRISPlayerAdaptor::setTrack(const QDBusObjectPath& trackId, const QString& title,
@@ -77,39 +95,37 @@ void MPRISPlayerAdaptor::announceChange(const QString& property, const QVariant&
 
 void MPRISPlayerAdaptor::Play()
 {
-    m_manager->play();
+    Q_EMIT m_manager->playRequested();
 }
 
 void MPRISPlayerAdaptor::Pause()
 {
-    m_manager->pause();
+    Q_EMIT m_manager->pauseRequested();
 }
 
 void MPRISPlayerAdaptor::PlayPause()
 {
-    m_manager->togglePlayPause();
+    Q_EMIT m_manager->playPauseRequested();
 }
 
 void MPRISPlayerAdaptor::Stop()
 {
-    // The player has no stopped state to enter from outside; like the other transport
-    // commands it does not offer, a remote Stop is accepted and ignored.
+    Q_EMIT m_manager->stopRequested();
 }
 
 void MPRISPlayerAdaptor::Next()
 {
-    m_manager->nextTrack();
+    Q_EMIT m_manager->nextRequested();
 }
 
 void MPRISPlayerAdaptor::Previous()
 {
-    m_manager->previousTrack();
+    Q_EMIT m_manager->previousRequested();
 }
 
-void MPRISPlayerAdaptor::Seek(qlonglong)
+void MPRISPlayerAdaptor::Seek(qlonglong offset)
 {
-    // Remote controls move the position only to an absolute place (SetPosition); relative
-    // skips are not offered.
+    Q_EMIT m_manager->seekRequested(double(offset) / 1e6);
 }
 
 void MPRISPlayerAdaptor::SetPosition(const QDBusObjectPath& trackId, qlonglong position)
@@ -120,7 +136,7 @@ void MPRISPlayerAdaptor::SetPosition(const QDBusObjectPath& trackId, qlonglong p
     const qlonglong length = m_metadata.value(kLengthKey).toLongLong();
     if (trackId != publishedTrackId() || position < 0 || (length > 0 && position > length))
         return;
-    m_manager->changePlaybackPosition(double(position) / 1e6);
+    Q_EMIT m_manager->positionRequested(double(position) / 1e6);
 }
 
 void MPRISPlayerAdaptor::OpenUri(const QString& uri)
@@ -128,5 +144,5 @@ void MPRISPlayerAdaptor::OpenUri(const QString& uri)
     // Only the schemes the root interface lists; anything else is not ours to open.
     const QUrl url(uri);
     if (url.isLocalFile())
-        m_manager->requestOpen(url);
+        Q_EMIT m_manager->openRequested(url);
 }

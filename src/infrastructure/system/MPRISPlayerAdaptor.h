@@ -7,21 +7,22 @@
 
 class NowPlayingManager;
 
-/// The MPRIS player interface, org.mpris.MediaPlayer2.Player. Transport commands go to the
-/// manager; the values the manager publishes are announced with PropertiesChanged, and only
-/// when they change. Position is never announced: clients read it when they need it and
-/// extrapolate from PlaybackStatus and Rate in between, so a jump is announced with Seeked.
-/// GUI thread only.
+/// The MPRIS player interface, org.mpris.MediaPlayer2.Player. Commands and writable
+/// properties are handed to the manager as requests; the values the manager publishes are
+/// announced with PropertiesChanged, and only when they change. Position is never announced:
+/// clients read it when they need it and extrapolate from PlaybackStatus and Rate in between,
+/// so a jump is announced with Seeked. GUI thread only.
 class MPRISPlayerAdaptor : public QDBusAbstractAdaptor
 {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.mpris.MediaPlayer2.Player")
     Q_PROPERTY(QString PlaybackStatus READ playbackStatus)
     Q_PROPERTY(double Rate READ rate WRITE requestRate)
+    Q_PROPERTY(double Volume READ volume WRITE requestVolume)
     Q_PROPERTY(QVariantMap Metadata READ metadata)
     Q_PROPERTY(qlonglong Position READ position)
-    Q_PROPERTY(double MinimumRate READ minimumRate CONSTANT)
-    Q_PROPERTY(double MaximumRate READ maximumRate CONSTANT)
+    Q_PROPERTY(double MinimumRate READ minimumRate)
+    Q_PROPERTY(double MaximumRate READ maximumRate)
     Q_PROPERTY(bool CanGoNext READ canControl CONSTANT)
     Q_PROPERTY(bool CanGoPrevious READ canControl CONSTANT)
     Q_PROPERTY(bool CanPlay READ canControl CONSTANT)
@@ -38,18 +39,20 @@ public:
 
     QString playbackStatus() const { return m_playbackStatus; }
     double rate() const { return m_rate; }
+    double volume() const { return m_volume; }
     QVariantMap metadata() const { return m_metadata; }
     /// Microseconds.
     qlonglong position() const { return m_position; }
     /// The id of the published track, or `noTrack`.
     QDBusObjectPath publishedTrackId() const;
-    // The ends of the engine's list of playback speeds.
-    double minimumRate() const;
-    double maximumRate() const;
+    double minimumRate() const { return m_minimumRate; }
+    double maximumRate() const { return m_maximumRate; }
     bool canControl() const { return true; }
 
     void setPlaybackStatus(const QString& status);
     void setRate(double rate);
+    void setVolume(double volume);
+    void setRateLimits(double minimum, double maximum);
     /// Publishes a track: its id, title and length in microseconds (0 when not known).
     void setTrack(const QDBusObjectPath& trackId, const QString& title, qint64 length);
     /// Moves the position quietly, as playback does.
@@ -72,14 +75,17 @@ Q_SIGNALS:
     void Seeked(qlonglong position);
 
 private:
-    /// Remote speed changes are not offered; a client's request is dropped.
-    void requestRate(double) {}
+    void requestRate(double rate);
+    void requestVolume(double volume);
     void announceChange(const QString& property, const QVariant& value);
 
     NowPlayingManager* m_manager;
     QDBusConnection m_bus;
-    QString m_playbackStatus = QStringLiteral("Paused");
+    QString m_playbackStatus = QStringLiteral("Stopped");
     double m_rate = 1.0;
+    double m_volume = 1.0;
+    double m_minimumRate = 1.0;
+    double m_maximumRate = 1.0;
     QVariantMap m_metadata;
     qlonglong m_position = 0;
 };

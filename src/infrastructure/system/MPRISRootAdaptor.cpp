@@ -1,6 +1,6 @@
 #include "MPRISRootAdaptor.h"
 
-#include "features/playlist/MediaExtensions.h"
+#include "model/MediaExtensions.h"
 #include "NowPlayingManager.h"
 
 #include <QCoreApplication>
@@ -38,7 +38,7 @@ MPRISRootAdaptor::MPRISRootAdaptor(NowPlayingManager* manager)
 
 void MPRISRootAdaptor::Raise()
 {
-    m_manager->requestRaise();
+    Q_EMIT m_manager->raiseRequested();
 }
 
 void MPRISRootAdaptor::Quit()

@@ -1,8 +1,6 @@
 #include "NowPlayingManager.h"
 
-#include "core/engine/PlaybackEngine.h"
-#include "core/engine/PlayPauseToggle.h"
-#include "infrastructure/logging/Log.h"
+#include "base/Log.h"
 #include "MPRISNames.h"
 #include "MPRISPlayerAdaptor.h"
 #include "MPRISRootAdaptor.h"
@@ -24,8 +22,15 @@ qint64 toMicroseconds(double seconds)
 
 QString statusName(NowPlayingManager::PlaybackState state)
 {
-    return state == NowPlayingManager::PlaybackState::Playing ? QStringLiteral("Playing")
-                                                              : QStringLiteral("Paused");
+    switch (state) {
+    case NowPlayingManager::PlaybackState::Playing:
+        return QStringLiteral("Playing");
+    case NowPlayingManager::PlaybackState::Paused:
+        return QStringLiteral("Paused");
+    case NowPlayingManager::PlaybackState::Stopped:
+        break;
+    }
+    return QStringLiteral("Stopped");
 }
 
 } // namespace
@@ -37,6 +42,7 @@ NowPlayingManager::NowPlayingManager(QObject* parent)
 NowPlayingManager::NowPlayingManager(const QDBusConnection& bus, QObject* parent)
     : QObject(parent)
     , m_bus(bus)
+    , m_trackId(MPRISPlayerAdaptor::noTrack)
 {
     m_seekSettle.setSingleShot(true);
     m_seekSettle.setInterval(kSeekSettleMs);
@@ -52,17 +58,6 @@ NowPlayingManager::~NowPlayingManager()
         return;
     m_bus.unregisterService(MPRISNames::service);
     m_bus.unregisterObject(MPRISNames::objectPath);
-}
-
-void NowPlayingManager::setEngine(PlaybackEngine* engine)
-{
-    if (m_engine)
-        disconnect(m_engine, nullptr, this, nullptr);
-    m_engine = engine;
-    // Seeks and scrubs move the engine's position while paused too, when no update comes.
-    if (engine)
-        connect(engine, &PlaybackEngine::currentTimeChanged, this,
-                [this] { followPosition(m_engine->currentTime()); });
 }
 
 void NowPlayingManager::setupRemoteCommands()
@@ -89,19 +84,28 @@ void NowPlayingManager::setupRemoteCommands()
     }
     m_player = player;
     m_player->setPlaybackStatus(statusName(m_state));
+    m_player->setTrack(m_trackId, m_title, toMicroseconds(m_duration));
+    m_player->setRate(m_rate);
+    m_player->setVolume(m_volume);
+    m_player->setRateLimits(m_minimumRate, m_maximumRate);
 }
 
-void NowPlayingManager::updateNowPlayingInfo(const QString& title, double currentTime,
-                                             double duration, float rate)
+void NowPlayingManager::setTrack(const QUrl& url, const QString& title, double duration,
+                                 double position)
 {
-    if (!m_player)
-        return;
-    m_rate = rate;
-    // The position first: a new file's first position must be taken against the old track,
-    // where it is a change of track rather than a seek.
-    followPosition(currentTime);
-    m_player->setTrack(currentTrackId(), title, toMicroseconds(duration));
-    m_player->setRate(double(rate));
+    const QDBusObjectPath id = trackId(url);
+    if (id != m_trackId) {
+        // A new file is announced by its track id; where it starts is not a seek.
+        m_position = position;
+        m_sinceLastPosition.start();
+        if (m_player)
+            m_player->setPosition(toMicroseconds(position));
+    }
+    m_trackId = id;
+    m_title = title;
+    m_duration = duration;
+    if (m_player)
+        m_player->setTrack(m_trackId, title, toMicroseconds(duration));
 }
 
 void NowPlayingManager::setPlaybackState(PlaybackState state)
@@ -112,73 +116,53 @@ void NowPlayingManager::setPlaybackState(PlaybackState state)
         m_player->setPlaybackStatus(statusName(state));
 }
 
+void NowPlayingManager::setRate(double rate)
+{
+    m_rate = rate;
+    if (m_player)
+        m_player->setRate(rate);
+}
+
+void NowPlayingManager::setVolume(double volume)
+{
+    m_volume = volume;
+    if (m_player)
+        m_player->setVolume(volume);
+}
+
+void NowPlayingManager::setRateLimits(double minimum, double maximum)
+{
+    m_minimumRate = minimum;
+    m_maximumRate = maximum;
+    if (m_player)
+        m_player->setRateLimits(minimum, maximum);
+}
+
 void NowPlayingManager::followPosition(double seconds)
 {
-    if (!m_player)
-        return;
     const double elapsed =
         m_sinceLastPosition.isValid() ? double(m_sinceLastPosition.nsecsElapsed()) / 1e9 : 0.0;
     m_sinceLastPosition.start();
     const double expected =
-        m_position + (m_state == PlaybackState::Playing ? elapsed * double(m_rate) : 0.0);
-    const double drift = std::abs(seconds - expected);
+        m_position + (m_state == PlaybackState::Playing ? elapsed * m_rate : 0.0);
+    const bool jumped = m_state == PlaybackState::Playing
+                            ? std::abs(seconds - expected) > kSeekToleranceSeconds
+                            : seconds != expected;
     m_position = seconds;
+    if (!m_player)
+        return;
     m_player->setPosition(toMicroseconds(seconds));
-
-    // Paused, any move is a seek; playing, only one that playback cannot explain. A file
-    // that has just opened is announced by its new track id instead. Its first position may
-    // still be the previous file's, until libmpv reports the new one; the correction that
-    // follows is then announced as a seek, which puts clients that read the stale place right.
-    const bool jumped =
-        m_state == PlaybackState::Playing ? drift > kSeekToleranceSeconds : drift > 0;
-    if (jumped && m_player->publishedTrackId() == currentTrackId())
+    if (jumped && m_trackId != MPRISPlayerAdaptor::noTrack)
         m_seekSettle.start();
 }
 
-QDBusObjectPath NowPlayingManager::currentTrackId() const
+QDBusObjectPath NowPlayingManager::trackId(const QUrl& url)
 {
-    if (!m_engine || m_engine->currentURL().isEmpty())
+    if (url.isEmpty())
         return MPRISPlayerAdaptor::noTrack;
     // Object paths allow only [A-Za-z0-9_] in an element; a digest of the URL fits and names
     // the same file the same way every time.
-    const QByteArray digest =
-        QCryptographicHash::hash(m_engine->currentURL().toEncoded(), QCryptographicHash::Md5);
+    const QByteArray digest = QCryptographicHash::hash(url.toEncoded(), QCryptographicHash::Md5);
     return QDBusObjectPath(QStringLiteral("/org/velmar/VelmarPlayer/track/") +
                            QString::fromLatin1(digest.toHex()));
-}
-
-void NowPlayingManager::play()
-{
-    if (m_engine)
-        m_engine->play();
-}
-
-void NowPlayingManager::pause()
-{
-    if (m_engine)
-        m_engine->pause();
-}
-
-void NowPlayingManager::togglePlayPause()
-{
-    if (m_engine)
-        togglePlayPauseWithIndicator(*m_engine);
-}
-
-void NowPlayingManager::changePlaybackPosition(double seconds)
-{
-    if (m_engine)
-        m_engine->seek(seconds); // runs on by itself; the command has already been answered
-}
-
-void NowPlayingManager::nextTrack()
-{
-    if (m_engine)
-        m_engine->playNext();
-}
-
-void NowPlayingManager::previousTrack()
-{
-    if (m_engine)
-        m_engine->playPrevious();
 }

@@ -4,26 +4,25 @@
 #include <QDBusObjectPath>
 #include <QElapsedTimer>
 #include <QObject>
-#include <QPointer>
 #include <QTimer>
 #include <QUrl>
 
-class PlaybackEngine;
 class MPRISPlayerAdaptor;
 
-/// Tells the desktop what is playing and turns its media controls (media keys, headphone
-/// buttons, the desktop's media widgets) into engine operations, over MPRIS 2 on the session
-/// bus. Without a bus, or with the player's name already taken, it logs one line and the
-/// player runs on without it.
+/// Tells the desktop what is playing and hands on its media controls (media keys, headphone
+/// buttons, the desktop's media widgets), over MPRIS 2 on the session bus. It knows nothing of
+/// the player: its owner feeds it the playback state and acts on the requests it signals.
+/// Without a bus, or with the player's name already taken, it logs one line and the player
+/// runs on without it.
 ///
 /// GUI thread only: the bus delivers commands on the thread the manager lives on, and every
-/// command answers at once, leaving asynchronous engine operations to run on by themselves.
+/// command is answered at once, before its request is acted on.
 class NowPlayingManager : public QObject
 {
     Q_OBJECT
 
 public:
-    enum class PlaybackState { Playing, Paused };
+    enum class PlaybackState { Playing, Paused, Stopped };
 
     /// Serves on the session bus.
     explicit NowPlayingManager(QObject* parent = nullptr);
@@ -31,49 +30,53 @@ public:
     explicit NowPlayingManager(const QDBusConnection& bus, QObject* parent = nullptr);
     ~NowPlayingManager() override;
 
-    /// The engine the commands drive and whose current file names the published track.
-    /// Held weakly: once it is gone every command does nothing.
-    void setEngine(PlaybackEngine* engine);
-
     /// Claims the player's name on the bus and starts answering. Call once.
     void setupRemoteCommands();
     /// Whether the desktop can see and command the player.
     bool isOnBus() const { return m_player != nullptr; }
 
-    /// Publishes the title, the position and duration (seconds) and the playback rate as
-    /// given (a paused player still reports its speed). Called many times a second while
-    /// playing; the desktop is only told about values that changed.
-    void updateNowPlayingInfo(const QString& title, double currentTime, double duration,
-                              float rate);
+    /// The track of `url` (none for an empty URL) with its title, its duration and where
+    /// playback stands in it, in seconds. A new file starting somewhere is not a seek.
+    void setTrack(const QUrl& url, const QString& title, double duration, double position);
+    /// Where playback is, in seconds. Called many times a second while playing; a jump that
+    /// playback itself cannot explain is announced as a seek once the position settles.
+    void followPosition(double seconds);
     void setPlaybackState(PlaybackState state);
+    void setRate(double rate);
+    /// 0…1.
+    void setVolume(double volume);
+    /// The slowest and fastest speeds the player offers.
+    void setRateLimits(double minimum, double maximum);
 
-    // The remote commands. Each does nothing once the engine is gone.
-    void play();
-    void pause();
-    /// Plays when paused, pauses when playing, with the on-screen indicator; else nothing.
-    void togglePlayPause();
-    /// Seeks to the position (seconds).
-    void changePlaybackPosition(double seconds);
-    void nextTrack();
-    void previousTrack();
-    /// Asks whoever owns the main window to bring it forward.
-    void requestRaise() { Q_EMIT raiseRequested(); }
-    /// Asks whoever opens files to open this one, as one handed over on the command line.
-    void requestOpen(const QUrl& url) { Q_EMIT openRequested(url); }
+    /// The id a track is published under: the same for the same file every time.
+    static QDBusObjectPath trackId(const QUrl& url);
 
 Q_SIGNALS:
+    // What the desktop asks for. Times are seconds; volume 0…1.
+    void playRequested();
+    void pauseRequested();
+    void playPauseRequested();
+    void stopRequested();
+    void nextRequested();
+    void previousRequested();
+    void seekRequested(double offset);
+    void positionRequested(double seconds);
+    void rateRequested(double rate);
+    void volumeRequested(double volume);
     void raiseRequested();
     void openRequested(const QUrl& url);
 
 private:
-    void followPosition(double seconds);
-    QDBusObjectPath currentTrackId() const;
-
     QDBusConnection m_bus;
-    QPointer<PlaybackEngine> m_engine;
     MPRISPlayerAdaptor* m_player = nullptr; // present exactly while on the bus
-    PlaybackState m_state = PlaybackState::Paused;
-    float m_rate = 1.0f;
+    PlaybackState m_state = PlaybackState::Stopped;
+    QDBusObjectPath m_trackId;
+    QString m_title;
+    double m_duration = 0;
+    double m_rate = 1.0;
+    double m_volume = 1.0;
+    double m_minimumRate = 1.0;
+    double m_maximumRate = 1.0;
     // Where the last position report put playback, and when: the next report is a seek when
     // it lands far from where playback alone would have taken it.
     double m_position = 0;

@@ -1,5 +1,6 @@
 import QtQuick
 
+// Why the file could not be shown.
 Rectangle {
     id: root
 
@@ -12,11 +13,11 @@ Rectangle {
         width: Math.min(parent.width - 80, 640)
         spacing: 12
 
-        Text {
+        SymbolIcon {
             anchors.horizontalCenter: parent.horizontalCenter
-            text: "\u26a0"
+            symbol: "exclamationmark.triangle"
+            size: 44
             color: "#f0b429"
-            font.pixelSize: 44
         }
 
         Text {
@@ -26,6 +27,8 @@ Rectangle {
             text: root.message
             color: "white"
             font.pixelSize: 16
+            Accessible.role: Accessible.AlertMessage
+            Accessible.name: text
         }
     }
 }

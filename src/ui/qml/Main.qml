@@ -9,6 +9,31 @@ Window {
 
     required property PlaybackEngine engine
     required property AppDelegate app
+    required property UserCommands commands
+
+    // The dialogs and the settings window are made the first time they are asked for: most
+    // sessions never open them, and each costs start-up time and memory.
+    property FileDialog openDialog: null
+    property FolderDialog folderDialog: null
+    property SettingsWindow settingsWindow: null
+
+    function showOpenDialog() {
+        if (!openDialog)
+            openDialog = openDialogComponent.createObject(window)
+        openDialog.open()
+    }
+
+    function showFolderDialog() {
+        if (!folderDialog)
+            folderDialog = folderDialogComponent.createObject(window)
+        folderDialog.open()
+    }
+
+    function showSettings() {
+        if (!settingsWindow)
+            settingsWindow = settingsComponent.createObject(window)
+        settingsWindow.showAndRaise()
+    }
 
     width: 1280
     height: 720
@@ -21,97 +46,72 @@ Window {
     // Closing the player window ends the player, even with the settings window still open.
     onClosing: Qt.quit()
 
+    // The floating window of picture in picture, made each time it opens.
+    Component {
+        id: pipWindowComponent
+        PiPWindow {
+            engine: window.engine
+            strip: window.app.controlStrip
+        }
+    }
+    Component.onCompleted: engine.pip.windowComponent = pipWindowComponent
+
     PlayerView {
+        id: playerView
         anchors.fill: parent
         engine: window.engine
+        commands: window.commands
+        app: window.app
+        onOpenFileRequested: window.showOpenDialog()
+        onMenuRequested: button => playerMenu.popup(button, button.width - playerMenu.width,
+                                                    button.height + 4)
     }
 
-    DropArea {
-        anchors.fill: parent
-        keys: ["text/uri-list"]
-        onDropped: drop => {
-            if (drop.hasUrls) {
-                window.app.openURLs(drop.urls)
-                drop.acceptProposedAction()
-            }
-        }
-    }
-
-    MouseArea {
-        anchors.fill: parent
-        acceptedButtons: Qt.RightButton
-        onClicked: mouse => playerMenu.popup(mouse.x, mouse.y)
-    }
-
+    // A handler, not a mouse area: a mouse area on top would also decide the cursor, and the
+    // cursor could no longer hide over the picture.
     TapHandler {
-        acceptedButtons: Qt.LeftButton
-        onDoubleTapped: window.app.toggleFullScreen()
-    }
-
-    HoverHandler {
-        id: hover
-        onPointChanged: menuButtonTimer.restart()
-    }
-
-    Timer {
-        id: menuButtonTimer
-        interval: 3000
-    }
-
-    RoundButton {
-        objectName: "menuButton"
-        anchors.top: parent.top
-        anchors.right: parent.right
-        anchors.margins: 12
-        width: 36
-        height: 36
-        icon.name: "open-menu-symbolic"
-        icon.color: "white"
-        opacity: hover.hovered && (menuButtonTimer.running || hovered) || playerMenu.visible ? 1 : 0
-        visible: opacity > 0
-        Accessible.name: "Menu"
-        ToolTip.visible: hovered
-        ToolTip.text: "Menu"
-        ToolTip.delay: 600
-        onClicked: playerMenu.popup(this, width - playerMenu.width, height + 4)
-
-        Behavior on opacity {
-            NumberAnimation { duration: 200 }
-        }
+        acceptedButtons: Qt.RightButton
+        onTapped: eventPoint => playerMenu.popup(eventPoint.position.x, eventPoint.position.y)
     }
 
     PlayerMenu {
         id: playerMenu
         objectName: "playerMenu"
         app: window.app
-        onOpenFileRequested: openDialog.open()
-        onOpenFolderRequested: folderDialog.open()
-        onSettingsRequested: settingsWindow.showAndRaise()
+        onOpenFileRequested: window.showOpenDialog()
+        onOpenFolderRequested: window.showFolderDialog()
+        onSettingsRequested: window.showSettings()
     }
 
-    FileDialog {
-        id: openDialog
-        title: "Open"
-        fileMode: FileDialog.OpenFiles
-        nameFilters: window.app.openNameFilters
-        onAccepted: window.app.openURLs(selectedFiles)
+    Component {
+        id: openDialogComponent
+        FileDialog {
+            title: "Open"
+            fileMode: FileDialog.OpenFiles
+            nameFilters: window.app.openNameFilters
+            onAccepted: window.app.openURLs(selectedFiles)
+        }
     }
 
-    FolderDialog {
-        id: folderDialog
-        title: "Open Folder"
-        onAccepted: window.app.openURLs([selectedFolder])
+    Component {
+        id: folderDialogComponent
+        FolderDialog {
+            title: "Open Folder"
+            onAccepted: window.app.openURLs([selectedFolder])
+        }
     }
 
-    SettingsWindow {
-        id: settingsWindow
-        transientParent: window
-        keyBindings: window.engine.keyBindings
+    Component {
+        id: settingsComponent
+        SettingsWindow {
+            transientParent: window
+            keyBindings: window.app.keyBindings
+        }
     }
 
     Shortcut {
         sequence: "Ctrl+O"
-        onActivated: openDialog.open()
+        onActivated: window.showOpenDialog()
     }
     Shortcut {
         sequence: "Ctrl+F"
@@ -119,15 +119,16 @@ Window {
     }
     Shortcut {
         sequence: "Ctrl+,"
-        onActivated: settingsWindow.showAndRaise()
+        onActivated: window.showSettings()
     }
     Shortcut {
         sequence: "Ctrl+Q"
         onActivated: Qt.quit()
     }
+    // Leaves full screen once the player view has nothing left to close.
     Shortcut {
         sequence: "Escape"
-        enabled: window.engine.windowState.isFullscreen
+        enabled: window.engine.windowState.isFullscreen && !playerView.closesOnEscape
         onActivated: window.app.toggleFullScreen()
     }
 }

@@ -1,0 +1,23 @@
+#include "PlaybackFollowers.h"
+
+#include "engine/PlaybackEngine.h"
+#include "infrastructure/preferences/Preferences.h"
+#include "infrastructure/system/SleepPreventer.h"
+
+PlaybackFollowers::PlaybackFollowers(PlaybackEngine& engine, SleepPreventer& sleepPreventer,
+                                     QObject* parent)
+    : QObject(parent)
+    , m_engine(&engine)
+    , m_sleepPreventer(&sleepPreventer)
+{
+    connect(&engine, &PlaybackEngine::stateChanged, this, [this] {
+        if (m_engine->state().kind() == PlayerState::Kind::Playing)
+            m_sleepPreventer->preventSleep();
+        else
+            m_sleepPreventer->allowSleep();
+    });
+    connect(&engine, &PlaybackEngine::volumeChanged, this,
+            [this] { m_preferences.setValue(PreferenceKeys::volume, m_engine->volume()); });
+    connect(&engine, &PlaybackEngine::isMutedChanged, this,
+            [this] { m_preferences.setValue(PreferenceKeys::isMuted, m_engine->isMuted()); });
+}

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <mpv/client.h>
+#include <optional>
+#include <QString>
+
+/// Names of the libmpv properties and commands the player uses, each written once.
+namespace MPVName {
+// Observed: playback
+inline constexpr const char* pause = "pause";
+inline constexpr const char* timePos = "time-pos";
+inline constexpr const char* duration = "duration";
+inline constexpr const char* eofReached = "eof-reached";
+// Observed: the file's streams and colours
+inline constexpr const char* primaries = "video-params/primaries";
+inline constexpr const char* gamma = "video-params/gamma";
+inline constexpr const char* trackList = "track-list";
+inline constexpr const char* aid = "aid";
+inline constexpr const char* sid = "sid";
+// Observed: the technical summary of the file
+inline constexpr const char* filename = "filename";
+inline constexpr const char* fileSize = "file-size";
+inline constexpr const char* fileFormat = "file-format";
+inline constexpr const char* videoCodec = "video-codec";
+inline constexpr const char* width = "width";
+inline constexpr const char* height = "height";
+inline constexpr const char* containerFps = "container-fps";
+inline constexpr const char* videoBitrate = "video-bitrate";
+inline constexpr const char* pixelFormat = "video-params/pixelformat";
+inline constexpr const char* audioCodec = "audio-codec";
+inline constexpr const char* channelCount = "audio-params/channel-count";
+inline constexpr const char* sampleRate = "audio-params/samplerate";
+inline constexpr const char* audioBitrate = "audio-bitrate";
+// Written
+inline constexpr const char* volume = "volume";
+inline constexpr const char* mute = "mute";
+inline constexpr const char* speed = "speed";
+inline constexpr const char* audioDelay = "audio-delay";
+inline constexpr const char* videoRotate = "video-rotate";
+inline constexpr const char* brightness = "brightness";
+inline constexpr const char* contrast = "contrast";
+inline constexpr const char* saturation = "saturation";
+inline constexpr const char* videoFilters = "vf";
+inline constexpr const char* deband = "deband";
+inline constexpr const char* debandThreshold = "deband-threshold";
+} // namespace MPVName
+
+/// Synchronous typed property reads: each returns nothing when libmpv cannot answer (no
+/// handle, property unavailable, wrong format). They wait for the player core, so the GUI
+/// thread never uses them; the decoder's event thread and tests do.
+namespace MPVProperty {
+std::optional<QString> readString(mpv_handle* mpv, const char* name);
+std::optional<qint64> readInt64(mpv_handle* mpv, const char* name);
+std::optional<double> readDouble(mpv_handle* mpv, const char* name);
+std::optional<bool> readFlag(mpv_handle* mpv, const char* name);
+} // namespace MPVProperty

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QObject>
+
+/// Keeps the display awake while video plays, through the desktop's
+/// org.freedesktop.ScreenSaver service on the session bus. Calls are asynchronous: the player
+/// never waits for the screen saver. Without a bus or without that service it silently stays
+/// inactive, and the next `preventSleep` tries again.
+///
+/// GUI thread only.
+class SleepPreventer : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Uses the session bus.
+    explicit SleepPreventer(QObject* parent = nullptr);
+    explicit SleepPreventer(const QDBusConnection& bus, QObject* parent = nullptr);
+    /// Releases a held inhibit.
+    ~SleepPreventer() override;
+
+    void preventSleep();
+    void allowSleep();
+
+    /// Whether the screen saver granted an inhibit that is still held.
+    bool isActive() const { return m_assertionID != 0; }
+    quint32 assertionID() const { return m_assertionID; }
+
+Q_SIGNALS:
+    /// The inhibit was granted or released.
+    void activeChanged();
+
+private:
+    void reconcile();
+
+    QDBusConnection m_bus;
+    bool m_wanted = false;      // what the player asked for last
+    bool m_callPending = false; // an Inhibit or UnInhibit call is on its way
+    quint32 m_assertionID = 0;  // the service's inhibit cookie, 0 when none is held
+};

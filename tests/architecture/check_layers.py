@@ -1,0 +1,75 @@
+#!/usr/bin/env python3
+"""Fails when knowledge points the wrong way in the source tree.
+
+Each folder belongs to a layer; a file may include files of its own layer or of lower ones,
+never of a higher one, and no two folders may include each other. Usage: check_layers.py SRC
+"""
+import os
+import re
+import sys
+
+# Lowest first. A folder not listed is an error: every folder must have its place.
+LAYERS = [
+    ("base",),
+    ("model",),
+    ("infrastructure/logging", "infrastructure/preferences", "infrastructure/persistence",
+     "infrastructure/system", "infrastructure/keybinding", "infrastructure/mpv",
+     "core/renderer"),
+    ("features/bookmark", "features/filter", "features/hdr", "features/osd", "features/playback",
+     "features/playlist", "features/thumbnail", "features/track", "features/window",
+     "features/pip"),
+    ("engine",),
+    ("app",),
+    ("ui",),
+]
+RANK = {folder: rank for rank, folders in enumerate(LAYERS) for folder in folders}
+INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.M)
+
+
+def folder_of(path):
+    """The layer folder a source path (relative to src) belongs to."""
+    parts = path.split("/")
+    for depth in (2, 1):
+        candidate = "/".join(parts[:depth])
+        if candidate in RANK:
+            return candidate
+    return None
+
+
+def main(src):
+    problems = []
+    edges = set()
+    for directory, _, files in os.walk(src):
+        for name in files:
+            if not name.endswith((".h", ".cpp", ".c")):
+                continue
+            path = os.path.relpath(os.path.join(directory, name), src)
+            source = folder_of(path)
+            if source is None:
+                if path != "app/main.cpp":
+                    problems.append(f"{path}: not in any layer")
+                continue
+            with open(os.path.join(src, path), encoding="utf-8") as text:
+                for included in INCLUDE.findall(text.read()):
+                    target_path = included
+                    if not os.path.exists(os.path.join(src, target_path)):
+                        target_path = os.path.normpath(os.path.join(os.path.dirname(path), included))
+                    if not os.path.exists(os.path.join(src, target_path)):
+                        continue  # generated or outside the tree
+                    target = folder_of(target_path)
+                    if target is None or target == source:
+                        continue
+                    edges.add((source, target))
+                    if RANK[target] > RANK[source]:
+                        problems.append(f"{path} includes {included}: {source} sits below {target}")
+    for source, target in sorted(edges):
+        if (target, source) in edges and source < target:
+            problems.append(f"{source} and {target} include each other")
+    for problem in problems:
+        print(problem)
+    print(f"{len(edges)} folder dependencies checked, {len(problems)} problems")
+    return 1 if problems else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1]))

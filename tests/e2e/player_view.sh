@@ -1,0 +1,73 @@
+#!/usr/bin/env bash
+# The player view under a window manager (its own openbox, on the suite's X display and session
+# bus): a screen reader finds its parts over AT-SPI, a click toggles the controls, a double click
+# switches to full screen, the wheel sets the volume the desktop's media controls report.
+#   player_view.sh PLAYER FIXTURE_DIR
+set -euo pipefail
+player=$1
+fixtures=$(cd "$2" && pwd)
+here=$(cd "$(dirname "$0")" && pwd)
+
+work=$(mktemp -d) pid= wm=
+trap 'for p in $pid $wm; do kill "$p" 2>/dev/null || true; wait "$p" 2>/dev/null || true; done
+      rm -rf "$work"' EXIT
+export HOME=$work XDG_CONFIG_HOME=$work/config XDG_DATA_HOME=$work/data XDG_CACHE_HOME=$work/cache
+export QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1
+log=$work/player.log
+
+fail() { echo "FAIL: $*"; echo "--- player log"; cat "$log"; exit 1; }
+
+# Retries a command for up to 10 s.
+eventually() { for _ in $(seq 100); do "$@" >/dev/null 2>&1 && return 0; sleep 0.1; done; return 1; }
+
+# What a screen reader sees of the player: "role<TAB>name<TAB>showing|hidden" lines.
+tree() { /usr/bin/python3 "$here/accessible_tree.py" VelmarPlayer | sed 's/^ *//'; }
+has_object() { tree | grep -qxF -- "$1"; }
+expect_object() { eventually has_object "$1" || { tree; fail "no accessible \"$1\""; }; echo "ok: $1"; }
+
+# A desktop session starts the accessibility bus before its applications; so does this test.
+dbus-send --session --print-reply --dest=org.a11y.Bus /org/a11y/bus org.a11y.Bus.GetAddress \
+  >/dev/null || fail "no accessibility bus"
+openbox --sm-disable >/dev/null 2>&1 & wm=$!
+"$player" >"$log" 2>&1 & pid=$!
+window=$(timeout 20 xdotool search --sync --onlyvisible --name "VelmarPlayer" | head -1) ||
+  fail "no player window"
+
+# Idle: the screen's buttons, by name.
+for name in "Open File" "Playlist" "Keyboard Shortcuts"; do
+  expect_object "push button	$name	showing"
+done
+
+# A file handed over by the desktop's media controls plays. Paused, the controls that a
+# movement brings up stay.
+eventually playerctl -p velmarplayer open "file://$fixtures/clip30.mp4" || fail "MPRIS open failed"
+status_is() { test "$(playerctl -p velmarplayer status 2>/dev/null)" = "$1"; }
+eventually status_is Playing || fail "clip30 does not play"
+playerctl -p velmarplayer pause
+expect_object "animation	Video player	showing"
+xdotool mousemove --window "$window" 400 300
+expect_object "text	clip30	showing"
+
+# One click hides the controls, the next brings them back.
+xdotool click 1
+expect_object "text	clip30	hidden"
+xdotool click 1
+expect_object "text	clip30	showing"
+
+# A double click switches to full screen.
+fullscreen() { xprop -id "$window" _NET_WM_STATE | grep -q _NET_WM_STATE_FULLSCREEN; }
+fullscreen && fail "full screen before the double click"
+xdotool click --repeat 2 --delay 80 1
+eventually fullscreen || fail "a double click did not switch to full screen"
+echo "ok: double click -> full screen"
+
+# The wheel: one notch is 5 % of the volume, as the desktop's media controls see it.
+volume() { playerctl -p velmarplayer volume; }
+volume_is() { awk -v v="$(volume)" -v want="$1" 'BEGIN { exit !(v - want < 0.001 && want - v < 0.001) }'; }
+xdotool click 5
+eventually volume_is 0.95 || fail "a notch down: volume $(volume), not 0.95"
+xdotool click 5 click 5
+eventually volume_is 0.85 || fail "two notches down: volume $(volume), not 0.85"
+xdotool click 4
+eventually volume_is 0.9 || fail "a notch up: volume $(volume), not 0.9"
+echo "ok: wheel -> volume $(volume)"
