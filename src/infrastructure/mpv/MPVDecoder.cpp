@@ -166,7 +166,9 @@ QCoro::Task<int> MPVDecoder::commandResult(const QStringList& args)
     const int sent = mpv_command_async(m_mpv, request, command.data());
     if (sent < 0)
         co_return sent;
-    m_pendingResults.insert(request, std::move(pending));
+    // Moved, not copied: a copy kept here would keep the completion alive after the decoder
+    // is gone, and this coroutine would wait forever instead of learning of the failure.
+    m_pendingResults.emplace(request, std::move(pending));
     // The decoder may be gone when this resumes; the result is then a failure.
     const int status = co_await result;
     co_return status;
