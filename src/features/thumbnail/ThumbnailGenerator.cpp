@@ -10,6 +10,7 @@
 #include <QCoroFuture>
 #include <QCoroTimer>
 #include <QPointer>
+#include <utility>
 #include <QtConcurrent/QtConcurrentRun>
 
 using namespace velmar;
@@ -52,13 +53,20 @@ QFuture<GrabResult> grabInBackground(const QByteArray& path,
 
 ThumbnailGenerator::ThumbnailGenerator(QObject* parent)
     : QObject(parent)
-{}
+{
+    m_walkStart.setSingleShot(true);
+    m_walkStart.setInterval(kWalkStartDelay);
+    connect(&m_walkStart, &QTimer::timeout, this,
+            [this] { walkTimeline(std::exchange(m_walkTimes, {})); });
+}
 
 ThumbnailGenerator::~ThumbnailGenerator() = default;
 
 void ThumbnailGenerator::setup(const QUrl& url, double duration)
 {
     ++m_epoch;
+    m_walkStart.stop();
+    m_walkTimes.clear();
     m_pendingKeys.clear();
     m_requests.clear();
     m_servingRequests = false;
@@ -72,8 +80,10 @@ void ThumbnailGenerator::setup(const QUrl& url, double duration)
 
     m_path = url.isLocalFile() ? MediaFiles::localPath(url) : QByteArray();
     m_bucketSize = thumbnails::bucketSize(duration);
-    if (duration > 0 && !m_path.isEmpty())
-        walkTimeline(thumbnails::walkTimes(duration, m_bucketSize));
+    if (duration > 0 && !m_path.isEmpty()) {
+        m_walkTimes = thumbnails::walkTimes(duration, m_bucketSize);
+        m_walkStart.start();
+    }
 }
 
 QImage ThumbnailGenerator::thumbnail(double seconds)
@@ -113,8 +123,6 @@ QCoro::Task<> ThumbnailGenerator::walkTimeline(QList<double> times)
     const QByteArray path = m_path;
     std::shared_ptr<FrameGrabberSession> session;
 
-    QCoro::Task<> settling = QCoro::sleepFor(kWalkStartDelay);
-    co_await settling;
     for (const double seconds : times) {
         if (!self || m_epoch != epoch)
             co_return;

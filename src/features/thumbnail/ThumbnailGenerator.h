@@ -8,6 +8,7 @@
 #include <QObject>
 #include <QSet>
 #include <QString>
+#include <QTimer>
 #include <QtQml/qqmlregistration.h>
 #include <QUrl>
 
@@ -88,4 +89,8 @@ private:
     // Every setup starts a new epoch. Work of an older epoch that comes back from the thread
     // pool finds the epoch changed and stops without touching the new file's state.
     quint64 m_epoch = 0;
+    // Holds the walk back a moment after a file opens; owned here rather than slept on inside
+    // the walk, so a generator that goes meanwhile leaves nothing waiting.
+    QTimer m_walkStart;
+    QList<double> m_walkTimes;
 };
