@@ -8,8 +8,11 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDir>
+#include <QEventLoop>
 #include <QFile>
 #include <QGuiApplication>
+#include <QThreadPool>
+#include <QTimer>
 #include <QtQml/qqmlextensionplugin.h>
 
 Q_IMPORT_QML_PLUGIN(VelmarPlugin)
@@ -33,6 +36,18 @@ QUrl urlFromArgument(const QByteArray& argument, const QString& decoded)
                                     ? argument
                                     : QFile::encodeName(QDir::currentPath()) + '/' + argument;
     return MediaFiles::urlForLocalPath(absolute);
+}
+
+/// Work that outlived the player (a thumbnail grab on the thread pool, a walk pausing between
+/// grabs) resumes once more, finds the player gone and ends, releasing what it holds, instead
+/// of being cut off half-way. The window is already gone, so nobody waits on this.
+void windDownBackgroundWork()
+{
+    constexpr int kWindDownMs = 200; // longer than any pause such work takes
+    QEventLoop loop;
+    QTimer::singleShot(kWindDownMs, &loop, &QEventLoop::quit);
+    loop.exec();
+    QThreadPool::globalInstance()->waitForDone();
 }
 
 /// Reads the command line without a display, so that --help and --version work anywhere.
@@ -104,15 +119,20 @@ int main(int argc, char* argv[])
     QObject::connect(&terminationSignals, &TerminationSignals::received, &app,
                      &QCoreApplication::quit);
 
-    AppDelegate player(DatabaseManager::defaultDatabasePath());
-    velmar::traceStartup("player created");
-    QObject::connect(&instance, &SingleInstance::openRequested, &player,
-                     [&player](const QList<QUrl>& urls) {
-                         player.openURLs(urls);
-                         player.raise();
-                     });
-    if (!player.start(files))
-        return 1;
-    velmar::traceStartup("window loaded");
-    return QGuiApplication::exec();
+    int status = 0;
+    {
+        AppDelegate player(DatabaseManager::defaultDatabasePath());
+        velmar::traceStartup("player created");
+        QObject::connect(&instance, &SingleInstance::openRequested, &player,
+                         [&player](const QList<QUrl>& urls) {
+                             player.openURLs(urls);
+                             player.raise();
+                         });
+        if (!player.start(files))
+            return 1;
+        velmar::traceStartup("window loaded");
+        status = QGuiApplication::exec();
+    }
+    windDownBackgroundWork();
+    return status;
 }
