@@ -74,7 +74,7 @@ eventually volume_is 0.9 || fail "a notch up: volume $(volume), not 0.9"
 echo "ok: wheel -> volume $(volume)"
 
 # The side panel, from the keyboard. Ctrl+3: the file's technical summary.
-shows_text() { tree | grep -F -- "	$1	" | grep -q "	showing$"; }
+shows_text() { tree | grep "	showing$" | grep -qF -- "$1"; }
 expect_text() { eventually shows_text "$1" || { tree; fail "no \"$1\" on screen"; }; echo "ok: $1"; }
 xdotool windowactivate --sync "$window" 2>/dev/null || xdotool windowfocus --sync "$window"
 xdotool key ctrl+3

@@ -109,6 +109,10 @@ struct RunningApp
     {
         QWheelEvent event(at, window->mapToGlobal(at), QPoint(), QPoint(0, angleDelta),
                           Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+        // Lists work out the scrolling speed from the time between notches.
+        static quint64 timestamp = 0;
+        timestamp += 50;
+        event.setTimestamp(timestamp);
         QCoreApplication::sendEvent(window, &event);
     }
     void drop(const QList<QUrl>& urls)
@@ -486,27 +490,26 @@ private Q_SLOTS:
         QTRY_COMPARE(running.playlistRows(), u"ep10|ep1*"_s);
         QCOMPARE(playlist.items().size(), 2);
         QVERIFY(running.accessibleText().contains(u"2 items"_s));
+    }
 
-        // Twenty thousand more: the view makes rows only for what it shows, the GUI thread
-        // keeps turning, and the wheel over the list scrolls it, not the volume.
+    void longPlaylistScrolls()
+    {
+        RunningApp running;
+        QVERIFY(running.start());
+        PlaylistManager& playlist = *running.engine->playlist();
+        QVERIFY(running.openTab(0));
+        // The view makes rows only for what it shows, the GUI thread keeps turning, and the wheel
+        // over the list scrolls it, not the volume.
         QTemporaryDir big;
         for (int i = 0; i < 20000; ++i)
             QFile(big.filePath(QString::asprintf("f%05d.mp4", i))).open(QIODevice::WriteOnly);
         GuiHeartbeat heartbeat;
         QVERIFY(QCoro::waitFor(playlist.addFolder(QUrl::fromLocalFile(big.path()))));
-        QTRY_VERIFY(running.accessibleText().contains(u"20002 items"_s));
+        QTRY_VERIFY(running.accessibleText().contains(u"20000 items"_s));
         QQuickItem* list = running.item("playlistList");
         const double top = list->property("contentY").toDouble();
         for (int notch = 0; notch < 20; ++notch)
             running.wheel(running.centerOf("playlistList"), -120);
-        QTest::qWait(1500);
-        for (QQuickItem* at = running.window->contentItem(); at;) {
-            const QPointF p = at->mapFromScene(QPointF(running.centerOf("playlistList")));
-            QQuickItem* next = at->childAt(p.x(), p.y());
-            if (next) qDebug() << "DBG chain" << next << next->objectName();
-            at = next;
-        }
-        qDebug() << "DBG" << top << list->property("contentY") << list->property("contentHeight") << list->property("height") << list->property("originY") << running.centerOf("playlistList") << list->property("moving");
         QTRY_VERIFY(list->property("contentY").toDouble() > top + 200);
         QCOMPARE(running.engine->volume(), 0.5f);
         QMetaObject::invokeMethod(list, "positionViewAtEnd");

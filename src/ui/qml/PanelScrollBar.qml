@@ -8,6 +8,7 @@ ScrollBar {
     id: bar
 
     policy: ScrollBar.AsNeeded
+    visible: size > 0 && size < 1
     padding: 2
     background: Item {}
     contentItem: Rectangle {
