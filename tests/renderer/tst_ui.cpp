@@ -109,7 +109,7 @@ struct RunningApp
     {
         QWheelEvent event(at, window->mapToGlobal(at), QPoint(), QPoint(0, angleDelta),
                           Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
-        // Lists work out the scrolling speed from the time between notches.
+        // Real notches come with their time; lists ignore a notch that claims none has passed.
         static quint64 timestamp = 0;
         timestamp += 50;
         event.setTimestamp(timestamp);
