@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # The player view under a window manager (its own openbox, on the suite's X display and session
 # bus): a screen reader finds its parts over AT-SPI, a click toggles the controls, a double click
-# switches to full screen, the wheel sets the volume the desktop's media controls report.
+# switches to full screen, the wheel sets the volume the desktop's media controls report, and the
+# side panel's tabs open from the keyboard with what the file and the playlist hold.
 #   player_view.sh PLAYER FIXTURE_DIR
 set -euo pipefail
 player=$1
@@ -75,3 +76,35 @@ eventually volume_is 0.85 || fail "two notches down: volume $(volume), not 0.85"
 xdotool click 4
 eventually volume_is 0.9 || fail "a notch up: volume $(volume), not 0.9"
 echo "ok: wheel -> volume $(volume)"
+
+# The side panel, from the keyboard. Ctrl+3: the file's technical summary.
+shows_text() { tree | grep "	showing$" | grep -qF -- "$1"; }
+expect_text() { eventually shows_text "$1" || { tree; fail "no \"$1\" on screen"; }; echo "ok: $1"; }
+xdotool windowactivate --sync "$window" 2>/dev/null || xdotool windowfocus --sync "$window"
+xdotool key ctrl+3
+expect_text "h264"
+expect_text "320 × 180"
+
+# B bookmarks the moment; Ctrl+4 lists it with the picture taken of it.
+xdotool key b
+xdotool key ctrl+4
+expect_text "1 bookmarks"
+expect_text "Bookmark picture"
+
+# A folder handed over becomes the playlist, in natural order, on Ctrl+1.
+mkdir "$work/shows"
+for name in ep10 ep2 ep1; do cp "$fixtures/clip10.mp4" "$work/shows/$name.mp4"; done
+"$player" "$work/shows" >>"$log" 2>&1
+title_is() { test "$(playerctl -p velmarplayer metadata xesam:title 2>/dev/null)" = "$1"; }
+eventually title_is ep1 || fail "the folder's first video does not play"
+xdotool key ctrl+1
+expect_text "3 items"
+order=$(tree | awk -F'\t' '$1 == "list item" && $3 == "showing" { printf "%s ", $2 }')
+test "$order" = "ep1 ep2 ep10 " || { tree; fail "playlist order \"$order\""; }
+echo "ok: playlist $order"
+
+# Esc closes the panel.
+xdotool key Escape
+panel_closed() { ! shows_text "3 items"; }
+eventually panel_closed || fail "Esc left the panel open"
+echo "ok: Esc closes the panel"

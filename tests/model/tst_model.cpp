@@ -7,6 +7,7 @@
 #include "features/track/TrackManager.h"
 #include "infrastructure/mpv/MPVError.h"
 #include "infrastructure/preferences/Preferences.h"
+#include "model/MediaInfoFormat.h"
 #include "model/MediaTrack.h"
 #include "model/TimeFormat.h"
 #include "support/TestSupport.h"
@@ -15,6 +16,7 @@
 #include <QSignalSpy>
 
 using velmar::formatTime;
+using namespace Qt::StringLiterals;
 
 class ModelTest : public QObject
 {
@@ -47,6 +49,23 @@ private Q_SLOTS:
         QFETCH(double, seconds);
         QFETCH(QString, text);
         QCOMPARE(velmar::formatTime(seconds), text);
+    }
+
+    // Each unit's edge: rounding must not decide the unit, and only whole kilohertz lose the
+    // decimal.
+    void mediaInfoFormats()
+    {
+        QCOMPARE(velmar::formatBitrate(0), u"0 kbps"_s);
+        QCOMPARE(velmar::formatBitrate(128000), u"128 kbps"_s);
+        QCOMPARE(velmar::formatBitrate(999999), u"1000 kbps"_s);
+        QCOMPARE(velmar::formatBitrate(1000000), u"1.0 Mbps"_s);
+        QCOMPARE(velmar::formatBitrate(2549999), u"2.5 Mbps"_s);
+        QCOMPARE(velmar::formatSampleRate(48000), u"48 kHz"_s);
+        QCOMPARE(velmar::formatSampleRate(44100), u"44.1 kHz"_s);
+        const QStringList channels = {u"0ch"_s, u"Mono"_s, u"Stereo"_s, u"3ch"_s, u"4ch"_s,
+                                      u"5ch"_s, u"5.1"_s,  u"7ch"_s,    u"7.1"_s};
+        for (int count = 0; count < channels.size(); ++count)
+            QCOMPARE(velmar::formatChannels(count), channels.at(count));
     }
 
     void referenceTimestampsCountFrom2001()

@@ -262,7 +262,10 @@ Item {
     SidePanelSlot {
         id: sidePanel
         objectName: "sidePanel"
+        engine: root.engine
+        commands: root.commands
         tab: root.sidePanelTab
+        onTabRequested: tab => root.sidePanelTab = tab
     }
 
     // Made the first time it is asked for, and kept for its fade-out.
