@@ -29,12 +29,12 @@ constexpr std::array<std::pair<const char*, const char*>, 26> kIcons = {{
     {"captions.bubble", "media-view-subtitles-symbolic"},
     {"film", "video-x-generic-symbolic"},
     {"waveform", "audio-x-generic-symbolic"},
-    {"xmark", "window-close-symbolic"},
+    {"xmark", "process-stop-symbolic"},
     {"plus.circle", "list-add-symbolic"},
     {"checkmark.circle.fill", "emblem-ok-symbolic"},
     {"circle", "radio-symbolic"},
     {"pip.fill", "focus-windows-symbolic"},
-    {"arrow.up.forward.square", "window-restore-symbolic"},
+    {"arrow.up.forward.square", "find-location-symbolic"},
     {"line.3.horizontal", "open-menu-symbolic"},
 }};
 

@@ -34,6 +34,7 @@ Item {
         Button {
             objectName: "clearBookmarksButton"
             text: "Clear All"
+            font.capitalization: Font.MixedCase
             flat: true
             enabled: bookmarkModel.count > 0
             onClicked: bookmarkModel.clearAll()

@@ -124,6 +124,7 @@ Item {
                 Button {
                     objectName: "rotationResetButton"
                     text: "Reset"
+                    font.capitalization: Font.MixedCase
                     flat: true
                     enabled: adjustments.rotation !== 0
                     onClicked: root.commands.setRotation(0)
@@ -157,6 +158,7 @@ Item {
             Button {
                 objectName: "audioDelayResetButton"
                 text: "Reset"
+                font.capitalization: Font.MixedCase
                 flat: true
                 enabled: adjustments.audioDelay !== 0
                 onClicked: root.commands.resetAudioDelay()
@@ -167,6 +169,7 @@ Item {
                 Layout.topMargin: 10
                 Layout.fillWidth: true
                 text: "Reset All"
+                font.capitalization: Font.MixedCase
                 onClicked: adjustments.resetAll()
             }
             Label {

@@ -220,6 +220,7 @@ Item {
             Button {
                 objectName: "addSubtitleButton"
                 text: "Add Subtitle File..."
+                font.capitalization: Font.MixedCase
                 flat: true
                 icon.name: SymbolIcons.name("plus.circle")
                 icon.color: "white"
