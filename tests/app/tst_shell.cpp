@@ -16,7 +16,6 @@
 #include "infrastructure/preferences/Preferences.h"
 #include "support/TestSupport.h"
 #include "ui/KeyBindingListModel.h"
-#include "ui/SettingsModel.h"
 
 #include <QCoroTask>
 #include <QQuickItem>
@@ -266,27 +265,6 @@ private Q_SLOTS:
         first.Open({QStringLiteral("relative/path.mp4"), QStringLiteral("file:///ok.mp4")});
         QCOMPARE(opened.last().first().value<QList<QUrl>>(),
                  QList<QUrl>{QUrl(QStringLiteral("file:///ok.mp4"))});
-    }
-
-    void settingsWriteThroughWithTheirFallbacks()
-    {
-        for (const QString& key : {PreferenceKeys::resumePlayback, PreferenceKeys::defaultVolume,
-                                   PreferenceKeys::seekSmallStep, PreferenceKeys::osdDuration})
-            Preferences().remove(key);
-        SettingsModel settings;
-        QCOMPARE(settings.seekSmallStep(), 5.0); // the fallbacks come from the preferences
-        QCOMPARE(SettingsModel::formatSeconds(2.5), QStringLiteral("2.5s"));
-
-        QSignalSpy changed(&settings, &SettingsModel::changed);
-        settings.setSeekSmallStep(12);
-        settings.setResumePlayback(false);
-        settings.setSeekSmallStep(12);
-        QCOMPARE(changed.size(), 2);
-        QCOMPARE(Preferences().seekSmallStep(), 12.0);
-        QCOMPARE(Preferences().resumePlayback(), false);
-        // Writing the value a key falls back to still stores it, so it round-trips.
-        settings.setOsdDuration(1.5);
-        QVERIFY(Preferences().contains(PreferenceKeys::osdDuration));
     }
 
     void keyEditorShowsDesktopKeysAndConflicts()

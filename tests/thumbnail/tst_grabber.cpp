@@ -21,11 +21,6 @@ struct Picture
     int height = 0;
 
     bool isNull() const { return rgba.isNull(); }
-    QRgb pixel(int x, int y) const
-    {
-        const auto* p = reinterpret_cast<const uchar*>(rgba.constData()) + (y * width + x) * 4;
-        return qRgba(p[0], p[1], p[2], p[3]);
-    }
 };
 
 Picture adopt(VelmarFrame frame)
@@ -73,16 +68,6 @@ double psnr(const QByteArray& a, const QByteArray& b)
                     : 10.0 * std::log10(255.0 * 255.0 / mse);
 }
 
-bool isBlue(QRgb c)
-{
-    return qBlue(c) > 200 && qRed(c) < 60 && qGreen(c) < 60;
-}
-
-bool isYellow(QRgb c)
-{
-    return qRed(c) > 200 && qGreen(c) > 200 && qBlue(c) < 60;
-}
-
 } // namespace
 
 class GrabberTest : public QObject
@@ -119,15 +104,6 @@ private Q_SLOTS:
         // Opaque video, so every fourth byte is alpha 255 if the rows are packed RGBA.
         for (qsizetype i = 3; i < picture.rgba.size(); i += 4)
             QCOMPARE(uchar(picture.rgba[i]), uchar(255));
-    }
-
-    void pictureIsUprightRGBA()
-    {
-        const Picture picture = extract(fixturePath(QStringLiteral("clip10.mp4")), 240, 3.0);
-        QVERIFY(!picture.isNull());
-        QVERIFY(isBlue(picture.pixel(5, 5)));
-        QVERIFY(isYellow(picture.pixel(picture.width - 6, picture.height - 6)));
-        QVERIFY(!isBlue(picture.pixel(picture.width - 6, 5)));
     }
 
     void matchesTheReferenceToolOnAKeyFrame()

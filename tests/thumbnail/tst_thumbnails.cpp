@@ -64,24 +64,6 @@ private Q_SLOTS:
     }
     void cleanup() { finishBackgroundWork(); }
 
-    void bucketsGrowWithTheDuration_data()
-    {
-        QTest::addColumn<double>("duration");
-        QTest::addColumn<double>("bucketSize");
-        QTest::newRow("not a number") << std::numeric_limits<double>::quiet_NaN() << 2.0;
-        QTest::newRow("just under 5 min") << 299.0 << 2.0;
-        QTest::newRow("5 min") << 300.0 << 5.0;
-        QTest::newRow("30 min") << 1800.0 << 8.0;
-        QTest::newRow("2 h") << 7200.0 << 12.0;
-    }
-
-    void bucketsGrowWithTheDuration()
-    {
-        QFETCH(double, duration);
-        QFETCH(double, bucketSize);
-        QCOMPARE(thumbnails::bucketSize(duration), bucketSize);
-    }
-
     void walkCoversTheTimelineOncePerBucket()
     {
         const QList<double> short5min = thumbnails::walkTimes(299, thumbnails::bucketSize(299));
