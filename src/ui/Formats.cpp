@@ -6,3 +6,8 @@ QString Formats::time(double seconds)
 {
     return velmar::formatTime(seconds);
 }
+
+QString Formats::rate(double rate)
+{
+    return QString::asprintf("%.2g", rate);
+}

@@ -16,4 +16,6 @@ public:
 
     /// The one time format of the player: "00:59", "59:59", "1:00:00".
     Q_INVOKABLE static QString time(double seconds);
+    /// A playback rate with two significant digits, as C's "%.2g": "1", "0.25", "1.2".
+    Q_INVOKABLE static QString rate(double rate);
 };

@@ -15,17 +15,18 @@ struct ObservedProperty
 };
 
 constexpr ObservedProperty kObserved[] = {
-    {MPVName::pause, MPV_FORMAT_FLAG},         {MPVName::timePos, MPV_FORMAT_DOUBLE},
-    {MPVName::duration, MPV_FORMAT_DOUBLE},    {MPVName::eofReached, MPV_FORMAT_FLAG},
-    {MPVName::primaries, MPV_FORMAT_STRING},   {MPVName::gamma, MPV_FORMAT_STRING},
-    {MPVName::trackList, MPV_FORMAT_NODE},     {MPVName::aid, MPV_FORMAT_INT64},
-    {MPVName::sid, MPV_FORMAT_INT64},          {MPVName::filename, MPV_FORMAT_STRING},
-    {MPVName::fileSize, MPV_FORMAT_INT64},     {MPVName::fileFormat, MPV_FORMAT_STRING},
-    {MPVName::videoCodec, MPV_FORMAT_STRING},  {MPVName::width, MPV_FORMAT_INT64},
-    {MPVName::height, MPV_FORMAT_INT64},       {MPVName::containerFps, MPV_FORMAT_DOUBLE},
-    {MPVName::videoBitrate, MPV_FORMAT_INT64}, {MPVName::pixelFormat, MPV_FORMAT_STRING},
-    {MPVName::audioCodec, MPV_FORMAT_STRING},  {MPVName::channelCount, MPV_FORMAT_INT64},
-    {MPVName::sampleRate, MPV_FORMAT_INT64},   {MPVName::audioBitrate, MPV_FORMAT_INT64},
+    {MPVName::pause, MPV_FORMAT_FLAG},          {MPVName::timePos, MPV_FORMAT_DOUBLE},
+    {MPVName::duration, MPV_FORMAT_DOUBLE},     {MPVName::eofReached, MPV_FORMAT_FLAG},
+    {MPVName::primaries, MPV_FORMAT_STRING},    {MPVName::gamma, MPV_FORMAT_STRING},
+    {MPVName::trackList, MPV_FORMAT_NODE},      {MPVName::aid, MPV_FORMAT_INT64},
+    {MPVName::sid, MPV_FORMAT_INT64},           {MPVName::chapterList, MPV_FORMAT_NODE},
+    {MPVName::filename, MPV_FORMAT_STRING},     {MPVName::fileSize, MPV_FORMAT_INT64},
+    {MPVName::fileFormat, MPV_FORMAT_STRING},   {MPVName::videoCodec, MPV_FORMAT_STRING},
+    {MPVName::width, MPV_FORMAT_INT64},         {MPVName::height, MPV_FORMAT_INT64},
+    {MPVName::containerFps, MPV_FORMAT_DOUBLE}, {MPVName::videoBitrate, MPV_FORMAT_INT64},
+    {MPVName::pixelFormat, MPV_FORMAT_STRING},  {MPVName::audioCodec, MPV_FORMAT_STRING},
+    {MPVName::channelCount, MPV_FORMAT_INT64},  {MPVName::sampleRate, MPV_FORMAT_INT64},
+    {MPVName::audioBitrate, MPV_FORMAT_INT64},
 };
 
 bool is(const char* name, const char* expected)
@@ -199,6 +200,13 @@ void MPVEventPump::handlePropertyChange(const mpv_event_property& p)
                 MPVNodes::tracks(*static_cast<const mpv_node*>(p.data));
             toDecoder([entryId, tracks](MPVDecoder* d) { d->applyTracks(entryId, tracks); });
         }
+    } else if (is(p.name, MPVName::chapterList)) {
+        // The node is libmpv's until the next event: it is read into our own list here.
+        const QList<Chapter> chapters =
+            p.format == MPV_FORMAT_NODE && p.data
+                ? MPVNodes::chapters(*static_cast<const mpv_node*>(p.data))
+                : QList<Chapter>();
+        toDecoder([entryId, chapters](MPVDecoder* d) { d->applyChapters(entryId, chapters); });
     } else if (is(p.name, MPVName::aid) || is(p.name, MPVName::sid)) {
         // "no" has no number: no track of that kind is selected.
         const TrackType type = is(p.name, MPVName::aid) ? TrackType::Audio : TrackType::Sub;
