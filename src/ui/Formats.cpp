@@ -9,5 +9,5 @@ QString Formats::time(double seconds)
 
 QString Formats::rate(double rate)
 {
-    return QString::asprintf("%.2g", rate);
+    return velmar::formatRate(rate);
 }

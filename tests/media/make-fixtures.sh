@@ -102,5 +102,5 @@ title=Ending
 META
 ff -f lavfi -i "testsrc2=size=320x180:rate=25:duration=20" -i chapters.ffmeta \
    -map 0:v -map_metadata 1 -map_chapters 1 -vf "$corners" \
-   -c:v libx264 -preset veryfast -pix_fmt yuv420p -g 25 chapters.mkv
+   -c:v libx264 -preset veryfast -pix_fmt yuv420p -g 25 three-chapters.mkv
 rm chapters.ffmeta

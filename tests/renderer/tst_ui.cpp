@@ -73,13 +73,20 @@ struct RunningApp
     {
         return window->findChild<QQuickItem*>(QString::fromLatin1(name));
     }
+    /// The visible items of that name, wherever they hang in the scene (a Repeater's items
+    /// have no QObject parent to find them by).
     QList<QQuickItem*> items(const char* name) const
     {
         QList<QQuickItem*> found;
-        for (QQuickItem* each : window->findChildren<QQuickItem*>(QString::fromLatin1(name))) {
-            if (each->isVisible())
+        QList<QQuickItem*> pending{window->contentItem()};
+        while (!pending.isEmpty()) {
+            QQuickItem* each = pending.takeLast();
+            if (each->objectName() == QLatin1String(name) && each->isVisible())
                 found << each;
+            pending << each->childItems();
         }
+        std::sort(found.begin(), found.end(),
+                  [](QQuickItem* a, QQuickItem* b) { return a->x() < b->x(); });
         return found;
     }
     bool shows(const char* name) const { return item(name) && item(name)->isVisible(); }
@@ -417,7 +424,7 @@ private Q_SLOTS:
         QVERIFY(running.start());
         running.window->requestActivate();
         QVERIFY(QTest::qWaitForWindowActive(running.window));
-        running.play(u"chapters.mkv"_s);
+        running.play(u"three-chapters.mkv"_s);
         PlaybackEngine& engine = *running.engine;
         engine.pause();
         QQuickItem* bar = running.item("seekBar");
@@ -548,7 +555,9 @@ private Q_SLOTS:
         QAccessibleInterface* seekBar =
             QAccessible::queryAccessibleInterface(running.item("seekBar"));
         QCOMPARE(seekBar->text(QAccessible::Name), u"Seek bar"_s);
-        QCOMPARE(seekBar->text(QAccessible::Value), u"00:27 of 00:30"_s);
+        QVERIFY(seekBar->valueInterface());
+        QCOMPARE(seekBar->valueInterface()->currentValue().toString(), u"00:27 of 00:30"_s);
+        QCOMPARE(seekBar->text(QAccessible::Description), u"00:27 of 00:30"_s);
         QSignalSpy sought(running.item("seekBar"), SIGNAL(seek(double)));
         seekBar->actionInterface()->doAction(QAccessibleActionInterface::increaseAction());
         QCOMPARE(sought.last().first().toDouble(), 30.0);
@@ -571,25 +580,47 @@ private Q_SLOTS:
         for (int tab : {-1, 2}) {
             running.view->setProperty("sidePanelTab", tab);
             QTRY_COMPARE(bar->width(), tab < 0 ? 480.0 : 200.0);
-            QList<QRectF> parts;
-            for (const char* name :
-                 {"playPauseButton", "rateButton", "timeLabel", "adjustmentsButton",
-                  "bookmarksButton", "tracksButton", "playlistBarButton", "pipButton", "muteButton",
-                  "volumeSlider"}) {
-                if (running.shows(name))
-                    parts << running.sceneRect(running.item(name));
-            }
-            const QRectF whole = running.sceneRect(bar);
-            for (int i = 0; i < parts.size(); ++i) {
-                QVERIFY2(whole.contains(parts[i]), qPrintable(QString::number(i)));
-                for (int j = i + 1; j < parts.size(); ++j)
-                    QVERIFY2(!parts[i].intersects(parts[j]), qPrintable(u"%1 %2"_s.arg(i).arg(j)));
-            }
+            // Laid out at the next polish: what overlaps or sticks out, if anything.
+            auto misfits = [&] {
+                QMap<QString, QRectF> parts;
+                for (const char* name :
+                     {"playPauseButton", "rateButton", "timeLabel", "adjustmentsButton",
+                      "bookmarksButton", "tracksButton", "playlistBarButton", "pipButton",
+                      "muteButton", "volumeSlider"}) {
+                    if (running.shows(name))
+                        parts[QLatin1String(name)] = running.sceneRect(running.item(name));
+                }
+                QStringList found;
+                const QRectF whole = running.sceneRect(bar);
+                for (auto i = parts.cbegin(); i != parts.cend(); ++i) {
+                    if (!whole.contains(*i))
+                        found << i.key();
+                    for (auto j = std::next(i); j != parts.cend(); ++j) {
+                        if (i->intersects(*j))
+                            found << i.key() + u'+' + j.key();
+                    }
+                }
+                return found;
+            };
+            QTRY_COMPARE(misfits(), QStringList());
             // What matters most stays.
             QVERIFY(running.shows("playPauseButton") && running.shows("playlistBarButton") &&
                     running.shows("muteButton"));
             if (tab < 0)
                 QVERIFY(running.shows("timeLabel") && running.shows("volumeSlider"));
+
+            // The preview stays whole, beside the panel, at both ends of the bar.
+            const QRectF seekArea = running.sceneRect(running.item("seekBar"));
+            for (double fraction : {0.0, 1.0}) {
+                running.moveMouse(QPointF(seekArea.left() + fraction * (seekArea.width() - 1),
+                                          seekArea.center().y())
+                                      .toPoint());
+                QTRY_VERIFY(running.shows("previewBubble"));
+                const QRectF bubble = running.sceneRect(running.item("previewBubble"));
+                const QRectF whole = running.sceneRect(bar);
+                QVERIFY(bubble.left() >= whole.left() && bubble.right() <= whole.right());
+            }
+            running.moveMouse(running.center() / 2);
         }
     }
 

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls
 import Velmar
 
 // The bottom of the controls: the seek bar across the top and, below it, play/pause, the
@@ -22,7 +21,6 @@ Item {
     readonly property bool playing: engine.state.kind === PlayerStateKind.Playing
     // A drag on the seek bar is under way: the controls stay while it lasts.
     readonly property bool interacting: seekBar.isDragging
-    readonly property alias seekBar: seekBar
 
     readonly property int spacing: 2
     readonly property real sliderMaxWidth: 90

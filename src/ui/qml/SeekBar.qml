@@ -36,9 +36,12 @@ Item {
     readonly property bool previewShown: (isHovering || isDragging) && thumbnailGenerator !== null
                                          && duration > 0
     readonly property real previewTime: duration * previewProgress
-    // A 240-wide bubble centred on the pointer, but never past either end of the bar.
-    readonly property real previewCenter: Math.min(Math.max(previewProgress * width, 120),
-                                                   width - 120)
+    // The picture is 240 wide, or as wide as the bar where the bar is narrower (a small window
+    // with the side panel open). The bubble is centred on the pointer, but never past either end.
+    readonly property real previewWidth: Math.min(240, width)
+    readonly property real previewCenter: Math.min(Math.max(previewProgress * width,
+                                                            previewWidth / 2),
+                                                   width - previewWidth / 2)
     readonly property string previewChapterTitle: chapterTitleAt(previewTime)
     readonly property real trackHeight: 4
 
@@ -56,6 +59,11 @@ Item {
             title = chapter.title
         }
         return title
+    }
+    // Asking may store a picture at once, so the picture is set here rather than bound.
+    function refreshPreview() {
+        if (previewShown)
+            picture.image = thumbnailGenerator.thumbnail(previewTime)
     }
     function dragChanged(x) {
         if (!isDragging) {
@@ -77,7 +85,17 @@ Item {
 
     implicitHeight: 20
 
-    // What a screen reader reads as the slider's value.
+    onPreviewShownChanged: refreshPreview()
+    onPreviewTimeChanged: refreshPreview()
+    // Whenever a picture is stored the bubble asks again, so the right picture replaces a
+    // neighbour's as soon as it exists.
+    Connections {
+        target: root.previewShown ? root.thumbnailGenerator : null
+        function onCacheChanged() { root.refreshPreview() }
+    }
+
+    // What a screen reader reads as the slider's value; also its description, since not every
+    // reader asks a slider for a value in words.
     readonly property string value: Formats.time(displayedProgress * duration) + " of "
                                     + Formats.time(duration)
 
@@ -189,7 +207,7 @@ Item {
         id: bubble
         objectName: "previewBubble"
         visible: root.previewShown
-        width: 240 + 8
+        width: root.previewWidth + 8
         height: column.height + 8
         x: root.previewCenter - width / 2
         y: -height - 10
@@ -204,23 +222,19 @@ Item {
             spacing: 3
 
             ThumbnailPreviewView {
+                id: picture
                 objectName: "previewPicture"
                 Accessible.role: Accessible.Graphic
                 Accessible.name: "Preview " + Formats.time(root.previewTime)
-                previewWidth: 240
+                previewWidth: root.previewWidth
                 minHeight: 60
                 maxHeight: 180
                 width: implicitWidth
                 height: implicitHeight
-                // Asked again whenever a picture is stored, so the right one replaces a
-                // neighbour's as soon as it exists.
-                image: root.previewShown ? (root.thumbnailGenerator.cachedCount,
-                                            root.thumbnailGenerator.thumbnail(root.previewTime))
-                                         : null
             }
             Text {
                 objectName: "previewChapter"
-                width: 240
+                width: root.previewWidth
                 visible: text.length > 0
                 text: root.previewChapterTitle
                 horizontalAlignment: Text.AlignHCenter
@@ -230,7 +244,7 @@ Item {
             }
             Text {
                 objectName: "previewTime"
-                width: 240
+                width: root.previewWidth
                 text: Formats.time(root.previewTime)
                 horizontalAlignment: Text.AlignHCenter
                 color: "white"
