@@ -461,8 +461,12 @@ private Q_SLOTS:
             QCOMPARE(running.sceneRect(running.item(name)).center().x() - area.left(),
                      time / duration * area.width());
         }
+        const QRectF span = running.sceneRect(running.item("loopSpan"));
+        QCOMPARE(span.left() - area.left(), 6.0 / duration * area.width());
+        QCOMPARE(span.width(), 6.0 / duration * area.width());
         running.app->commands()->clearLoop();
-        QVERIFY(!running.shows("loopMarkerA") && !running.shows("loopMarkerB"));
+        QVERIFY(!running.shows("loopMarkerA") && !running.shows("loopMarkerB") &&
+                !running.shows("loopSpan"));
 
         // The chapters: a tick where each one after the first starts, its title in the preview.
         QCOMPARE(engine.chapters().size(), 3);

@@ -190,7 +190,8 @@ Item {
             VolumeControl {
                 id: volume
                 readonly property real buttonWidth: 30
-                anchors.verticalCenter: parent.verticalCenter
+                // As tall as the buttons beside it, so that they all line up.
+                height: 30
                 volume: root.engine.volume
                 muted: root.engine.isMuted
                 commands: root.commands

@@ -119,21 +119,21 @@ Item {
             radius: height / 2
             color: Qt.rgba(1, 1, 1, 0.25)
         }
-        // The loop's stretch, under the played part.
-        Rectangle {
-            objectName: "loopSpan"
-            visible: root.loopA !== undefined && root.loopB !== undefined && root.duration > 0
-            x: visible ? root.xOf(root.loopA) : 0
-            width: visible ? root.xOf(root.loopB) - x : 0
-            height: parent.height
-            color: Qt.rgba(0.2, 0.8, 0.4, 0.45)
-        }
         Rectangle {
             objectName: "seekFill"
             width: root.displayedProgress * parent.width
             height: parent.height
             radius: height / 2
             color: "white"
+        }
+        // The loop's stretch, tinting the played part too.
+        Rectangle {
+            objectName: "loopSpan"
+            visible: root.loopA !== undefined && root.loopB !== undefined && root.duration > 0
+            x: visible ? root.xOf(root.loopA) : 0
+            width: visible ? root.xOf(root.loopB) - x : 0
+            height: parent.height
+            color: Qt.rgba(0.2, 0.78, 0.35, 0.7)
         }
         Repeater {
             model: root.duration > 0 ? root.chapters : []
