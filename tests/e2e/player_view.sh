@@ -98,31 +98,32 @@ position_near() {
 eventually position_near 30 || fail "the drag to the middle landed at $(playerctl -p velmarplayer position) s"
 echo "ok: drag to the middle -> $(playerctl -p velmarplayer position) s"
 
-# Hovering at 14.4 s shows the picture of 14 s (its bucket's key frame), not some other one.
+# Hovering at 14.4 s shows a picture of its 2 s bucket: the key frame at 14 s, or the one at 15 s
+# when a drag passing 15.x s asked for the bucket first. Not some other picture.
 xdotool mousemove $((x + w * 144 / 600)) $row
 read -r px py pw ph < <(locate "Preview 00:14") || { tree; fail "no preview at 00:14"; }
 frame() { ffmpeg -nostdin -loglevel error -ss "$1" -i "$fixtures/clip60.mp4" -frames:v 1 \
             -vf "scale=$pw:$ph" -f rawvideo -pix_fmt rgb24 "$work/at$1.rgb"; }
-frame 14
-frame 40
-# Mean difference per colour sample against the right frame, and against a wrong one.
+for t in 14 15 40; do frame $t; done
+# Mean difference per colour sample against the bucket's frames, and against a wrong one.
 differences() {
-  ffmpeg -nostdin -loglevel error -y -f x11grab -video_size "${pw}x$ph" -i "$DISPLAY+$px,$py" \
-    -frames:v 1 -f rawvideo -pix_fmt rgb24 "$work/shown.rgb"
-  /usr/bin/python3 - "$work/shown.rgb" "$work/at14.rgb" "$work/at40.rgb" <<'PY'
+  ffmpeg -nostdin -loglevel error -y -f x11grab -draw_mouse 0 -video_size "${pw}x$ph" \
+    -i "$DISPLAY+$px,$py" -frames:v 1 -f rawvideo -pix_fmt rgb24 "$work/shown.rgb"
+  /usr/bin/python3 - "$work/shown.rgb" "$work"/at{14,15,40}.rgb <<'PY'
 import sys
 shown, *references = (open(path, "rb").read() for path in sys.argv[1:])
-print(*(sum(abs(a - b) for a, b in zip(shown, r)) / len(shown) for r in references))
+at14, at15, at40 = (sum(abs(a - b) for a, b in zip(shown, r)) / len(shown) for r in references)
+print(min(at14, at15), at40)
 PY
 }
 preview_matches() {
   read -r right wrong < <(differences)
-  echo "preview differs by $right from 14 s and by $wrong from 40 s"
+  echo "preview differs by $right from its bucket's frames and by $wrong from 40 s"
   awk -v r="$right" -v w="$wrong" 'BEGIN { exit !(r < 16 && r * 3 < w) }'
 }
-for _ in $(seq 50); do preview_matches && break; sleep 0.2; done
-preview_matches || fail "the preview does not show the picture at 14 s"
-echo "ok: hover -> the picture at 14 s"
+for _ in $(seq 50); do preview_matches >/dev/null && break; sleep 0.2; done
+preview_matches || fail "the preview does not show a picture of 14 s"
+echo "ok: hover -> a picture of 14 s"
 
 # Playing, the bar goes with the rest of the controls.
 playerctl -p velmarplayer play

@@ -7,7 +7,6 @@
 #include "features/osd/OSDManager.h"
 #include "features/playback/ABLoopManager.h"
 #include "features/playlist/PlaylistManager.h"
-#include "features/thumbnail/ThumbnailGenerator.h"
 #include "features/track/TrackManager.h"
 #include "features/window/WindowState.h"
 #include "infrastructure/keybinding/KeyBindingManager.h"
@@ -20,7 +19,6 @@
 #include <QAccessible>
 #include <QCoroTask>
 #include <QIcon>
-#include <QImage>
 #include <QMimeData>
 #include <QQuickItem>
 #include <QtQml/qqmlextensionplugin.h>
@@ -401,8 +399,6 @@ private Q_SLOTS:
         QCOMPARE(running.text("previewTime"), Formats::time(fractionOf(at(0.5)) * 30));
         QCOMPARE(bubbleCenter(), at(0.5).x() - area.left());
         QTRY_VERIFY(!running.item("previewPicture")->property("showsPlaceholder").toBool());
-        const QImage shown = running.item("previewPicture")->property("image").value<QImage>();
-        QCOMPARE(shown.width(), ThumbnailGenerator::kThumbnailWidth);
         QVERIFY(!running.shows("previewChapter")); // no chapters in this file
         QVERIFY(running.items("chapterTick").isEmpty());
 
@@ -517,18 +513,13 @@ private Q_SLOTS:
         QCOMPARE(label("rateButton"), u"Playback rate 1"_s);
         commands.setPlaybackRate(1.25f);
         QCOMPARE(label("rateButton"), u"Playback rate 1.2"_s);
-        running.click("rateButton");
-        QCOMPARE(engine.playbackRate(), 1.5f);
-        QCOMPARE(label("rateButton"), u"Playback rate 1.5"_s);
 
         // The side panel's buttons open their tabs and say which is open.
         running.click("playlistBarButton");
         QCOMPARE(running.sidePanelTab(), 0);
         QCOMPARE(label("playlistBarButton"), u"Playlist active"_s);
-        running.click("tracksButton");
-        QCOMPARE(running.sidePanelTab(), 4);
-        QCOMPARE(label("playlistBarButton"), u"Playlist"_s);
-        running.view->setProperty("sidePanelTab", -1);
+        running.click("playlistBarButton");
+        QCOMPARE(running.sidePanelTab(), -1);
         QCOMPARE(label("adjustmentsButton"), u"Adjustments"_s);
         engine.filters()->setFilter(u"brightness"_s, true, 0.2f);
         QCOMPARE(label("adjustmentsButton"), u"Adjustments active"_s);
@@ -562,13 +553,10 @@ private Q_SLOTS:
         QVERIFY(seekBar->valueInterface());
         QCOMPARE(seekBar->valueInterface()->currentValue().toString(), u"00:27 of 00:30"_s);
         QCOMPARE(seekBar->text(QAccessible::Description), u"00:27 of 00:30"_s);
-        QSignalSpy sought(running.item("seekBar"), SIGNAL(seek(double)));
         seekBar->actionInterface()->doAction(QAccessibleActionInterface::increaseAction());
-        QCOMPARE(sought.last().first().toDouble(), 30.0);
         QCOMPARE(engine.currentTime(), 30.0);
         QCoro::waitFor(engine.seek(2));
         seekBar->actionInterface()->doAction(QAccessibleActionInterface::decreaseAction());
-        QCOMPARE(sought.last().first().toDouble(), 0.0);
         QCOMPARE(engine.currentTime(), 0.0);
     }
 

@@ -15,18 +15,18 @@ struct ObservedProperty
 };
 
 constexpr ObservedProperty kObserved[] = {
-    {MPVName::pause, MPV_FORMAT_FLAG},          {MPVName::timePos, MPV_FORMAT_DOUBLE},
-    {MPVName::duration, MPV_FORMAT_DOUBLE},     {MPVName::eofReached, MPV_FORMAT_FLAG},
-    {MPVName::primaries, MPV_FORMAT_STRING},    {MPVName::gamma, MPV_FORMAT_STRING},
-    {MPVName::trackList, MPV_FORMAT_NODE},      {MPVName::aid, MPV_FORMAT_INT64},
-    {MPVName::sid, MPV_FORMAT_INT64},           {MPVName::chapterList, MPV_FORMAT_NODE},
-    {MPVName::filename, MPV_FORMAT_STRING},     {MPVName::fileSize, MPV_FORMAT_INT64},
-    {MPVName::fileFormat, MPV_FORMAT_STRING},   {MPVName::videoCodec, MPV_FORMAT_STRING},
-    {MPVName::width, MPV_FORMAT_INT64},         {MPVName::height, MPV_FORMAT_INT64},
-    {MPVName::containerFps, MPV_FORMAT_DOUBLE}, {MPVName::videoBitrate, MPV_FORMAT_INT64},
-    {MPVName::pixelFormat, MPV_FORMAT_STRING},  {MPVName::audioCodec, MPV_FORMAT_STRING},
-    {MPVName::channelCount, MPV_FORMAT_INT64},  {MPVName::sampleRate, MPV_FORMAT_INT64},
-    {MPVName::audioBitrate, MPV_FORMAT_INT64},
+    {MPVName::pause, MPV_FORMAT_FLAG},         {MPVName::timePos, MPV_FORMAT_DOUBLE},
+    {MPVName::duration, MPV_FORMAT_DOUBLE},    {MPVName::eofReached, MPV_FORMAT_FLAG},
+    {MPVName::primaries, MPV_FORMAT_STRING},   {MPVName::gamma, MPV_FORMAT_STRING},
+    {MPVName::trackList, MPV_FORMAT_NODE},     {MPVName::aid, MPV_FORMAT_INT64},
+    {MPVName::sid, MPV_FORMAT_INT64},          {MPVName::filename, MPV_FORMAT_STRING},
+    {MPVName::fileSize, MPV_FORMAT_INT64},     {MPVName::fileFormat, MPV_FORMAT_STRING},
+    {MPVName::videoCodec, MPV_FORMAT_STRING},  {MPVName::width, MPV_FORMAT_INT64},
+    {MPVName::height, MPV_FORMAT_INT64},       {MPVName::containerFps, MPV_FORMAT_DOUBLE},
+    {MPVName::videoBitrate, MPV_FORMAT_INT64}, {MPVName::pixelFormat, MPV_FORMAT_STRING},
+    {MPVName::audioCodec, MPV_FORMAT_STRING},  {MPVName::channelCount, MPV_FORMAT_INT64},
+    {MPVName::sampleRate, MPV_FORMAT_INT64},   {MPVName::audioBitrate, MPV_FORMAT_INT64},
+    {MPVName::chapterList, MPV_FORMAT_NODE},
 };
 
 bool is(const char* name, const char* expected)
