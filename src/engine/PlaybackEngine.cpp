@@ -63,6 +63,7 @@ PlaybackEngine::PlaybackEngine(Library& library, QObject* parent)
             &TrackManager::setCurrentSubtitleID);
     connect(m_decoder, &MPVDecoder::videoParameterChanged, m_hdr, &HDRManager::handleParameter);
     connect(m_decoder, &MPVDecoder::mediaInfoChanged, this, &PlaybackEngine::refreshMediaInfo);
+    connect(m_decoder, &MPVDecoder::chaptersChanged, this, &PlaybackEngine::setChapters);
     connect(m_decoder, &MPVDecoder::endReached, this, &PlaybackEngine::handleEndReached);
     connect(m_decoder, &MPVDecoder::fileEnded, this, &PlaybackEngine::handleFileEnded);
     connect(m_adjustments, &VideoAdjustments::audioDelayChanged, m_decoder,
@@ -71,6 +72,15 @@ PlaybackEngine::PlaybackEngine(Library& library, QObject* parent)
         m_decoder->setRotation(degrees);
         setNeedsFrameRefresh();
         Q_EMIT videoRotationChanged();
+    });
+
+    // What the seek bar marks and the adjustments button says follow their managers.
+    connect(m_bookmarks, &BookmarkManager::bookmarksChanged, this,
+            &PlaybackEngine::refreshBookmarkTimes);
+    connect(this, &PlaybackEngine::currentURLChanged, this, &PlaybackEngine::refreshBookmarkTimes);
+    connect(filters(), &FilterManager::filtersChanged, this, [this] {
+        set(m_adjustmentsActive, filters()->filters() != FilterManager::defaultFilters(),
+            &PlaybackEngine::adjustmentsActiveChanged);
     });
 
     m_pip->playbackStateProvider = [this] { return m_state.kind() == PlayerState::Kind::Playing; };
@@ -113,6 +123,7 @@ QCoro::Task<void> PlaybackEngine::load(QUrl url)
     set(m_mediaTitle, QFileInfo(url.path()).completeBaseName(), &PlaybackEngine::mediaTitleChanged);
     set(m_mediaInfo, std::optional<MediaInfo>(), &PlaybackEngine::mediaInfoChanged);
     setDisplayedImage(QImage());
+    setChapters({});
 
     if (MediaFiles::isImage(url)) {
         m_decoder->stop(); // images never reach libmpv: no sound may run on behind one
@@ -284,6 +295,30 @@ void PlaybackEngine::setState(const PlayerState& state)
     // Positions follow libmpv only while playing; paused ones are set by seeks and scrubs.
     state.kind() == PlayerState::Kind::Playing ? m_positionTimer.start() : m_positionTimer.stop();
     Q_EMIT stateChanged();
+}
+
+void PlaybackEngine::refreshBookmarkTimes()
+{
+    QList<double> times;
+    if (!m_currentURL.isEmpty()) {
+        for (const Bookmark& bookmark : m_bookmarks->bookmarks(m_currentURL))
+            times << bookmark.time;
+    }
+    set(m_bookmarkTimes, times, &PlaybackEngine::bookmarkTimesChanged);
+}
+
+void PlaybackEngine::setChapters(const QList<Chapter>& chapters)
+{
+    set(m_chapters, chapters, &PlaybackEngine::chaptersChanged);
+}
+
+QVariantList PlaybackEngine::chaptersVariant() const
+{
+    QVariantList list;
+    for (const Chapter& chapter : m_chapters)
+        list << QVariantMap{{QStringLiteral("time"), chapter.time},
+                            {QStringLiteral("title"), chapter.title}};
+    return list;
 }
 
 void PlaybackEngine::setDisplayedImage(const QImage& image)

@@ -4,6 +4,7 @@
 #include "features/filter/VideoAdjustments.h"
 #include "features/playback/ABLoopManager.h"
 #include "infrastructure/mpv/MPVDecoder.h"
+#include "model/Chapter.h"
 #include "model/MediaInfo.h"
 #include "model/PlayerState.h"
 
@@ -70,6 +71,13 @@ class PlaybackEngine : public QObject
     Q_PROPERTY(WindowState* windowState READ windowState CONSTANT)
     Q_PROPERTY(ThumbnailGenerator* thumbnails READ thumbnails CONSTANT)
     Q_PROPERTY(PiPManager* pip READ pip CONSTANT)
+    Q_PROPERTY(ABLoopManager* abLoop READ abLoop CONSTANT)
+    /// The open file's bookmarks, as times in seconds, earliest first.
+    Q_PROPERTY(QList<double> bookmarkTimes READ bookmarkTimes NOTIFY bookmarkTimesChanged)
+    /// Whether any picture adjustment differs from its default.
+    Q_PROPERTY(bool adjustmentsActive READ adjustmentsActive NOTIFY adjustmentsActiveChanged)
+    /// The open file's chapters by time, each a map with `time` (seconds) and `title`.
+    Q_PROPERTY(QVariantList chapters READ chaptersVariant NOTIFY chaptersChanged)
 
 public:
     explicit PlaybackEngine(Library& library, QObject* parent = nullptr); // library outlives it
@@ -95,6 +103,10 @@ public:
     int videoRotation() const { return m_adjustments->rotation(); }
     QImage displayedImage() const { return m_displayedImage; }
     bool isAtEnd() const { return m_isAtEnd; }
+    QList<double> bookmarkTimes() const { return m_bookmarkTimes; }
+    bool adjustmentsActive() const { return m_adjustmentsActive; }
+    QList<Chapter> chapters() const { return m_chapters; }
+    QVariantList chaptersVariant() const;
 
     MPVDecoder* decoder() const { return m_decoder; }
     OSDManager* osd() const { return m_osd; }
@@ -171,6 +183,9 @@ Q_SIGNALS:
     void videoRotationChanged();
     void displayedImageChanged();
     void isAtEndChanged();
+    void bookmarkTimesChanged();
+    void adjustmentsActiveChanged();
+    void chaptersChanged();
     /// A file opened where it was left last time.
     void resumed(double position);
 
@@ -191,6 +206,8 @@ private:
     void setIsAtEnd(bool atEnd) { set(m_isAtEnd, atEnd, &PlaybackEngine::isAtEndChanged); }
     void setNeedsFrameRefresh() { acknowledgeFrameRefresh(true); }
     void setDisplayedImage(const QImage& image);
+    void refreshBookmarkTimes();
+    void setChapters(const QList<Chapter>& chapters);
 
     PlayerState m_state;
     double m_currentTime = 0;
@@ -205,6 +222,9 @@ private:
     bool m_needsFrameRefresh = false;
     QImage m_displayedImage;
     bool m_isAtEnd = false;
+    QList<double> m_bookmarkTimes;
+    bool m_adjustmentsActive = false;
+    QList<Chapter> m_chapters;
 
     MPVDecoder* m_decoder;
     OSDManager* m_osd;

@@ -2,8 +2,6 @@
 
 #include "TimeFormat.h"
 
-#include <cstdio>
-
 OSDMessage OSDMessage::volume(float level)
 {
     OSDMessage message(Kind::Volume);
@@ -81,12 +79,8 @@ QString OSDMessage::text() const
     case Kind::Seek:
         return velmar::formatTime(m_current) + QStringLiteral(" / ") +
                velmar::formatTime(m_duration);
-    case Kind::PlaybackRate: {
-        // C's printf rules (round half to even on the exact binary value), not Qt's.
-        char digits[32];
-        std::snprintf(digits, sizeof digits, "%.2g", double(m_number));
-        return QString::fromLatin1(digits) + QLatin1Char('x');
-    }
+    case Kind::PlaybackRate:
+        return velmar::formatRate(m_number) + QLatin1Char('x');
     case Kind::Muted:
         return m_number != 0 ? QStringLiteral("Muted") : QStringLiteral("Unmuted");
     case Kind::Text:

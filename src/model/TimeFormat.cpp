@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstdio>
 
 namespace velmar {
 
@@ -45,6 +46,13 @@ QString shortestFloatText(float value)
         !text.contains(QLatin1Char('n')))
         text += QStringLiteral(".0");
     return text;
+}
+
+QString formatRate(double rate)
+{
+    char digits[32];
+    std::snprintf(digits, sizeof digits, "%.2g", rate);
+    return QString::fromLatin1(digits);
 }
 
 } // namespace velmar

@@ -20,4 +20,8 @@ double referenceTimestampNow();
 /// decimal point: 0.5 gives "0.5", 1 gives "1.0", 0.75 gives "0.75".
 QString shortestFloatText(float value);
 
+/// A playback rate with two significant digits by C's rules (round half to even on the exact
+/// binary value, not Qt's): 1 gives "1", 0.25 gives "0.25", 1.25 gives "1.2".
+QString formatRate(double rate);
+
 } // namespace velmar

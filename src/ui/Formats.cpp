@@ -34,3 +34,8 @@ QString Formats::dateTime(const QDateTime& when)
 {
     return QLocale().toString(when.toLocalTime(), QLocale::ShortFormat);
 }
+
+QString Formats::rate(double rate)
+{
+    return velmar::formatRate(rate);
+}

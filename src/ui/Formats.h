@@ -27,4 +27,6 @@ public:
     Q_INVOKABLE static QString fileSize(qint64 bytes);
     /// A date and time in the user's short format.
     Q_INVOKABLE static QString dateTime(const QDateTime& when);
+    /// A playback rate with two significant digits, as C's "%.2g": "1", "0.25", "1.2".
+    Q_INVOKABLE static QString rate(double rate);
 };

@@ -3,6 +3,8 @@
 # bus): a screen reader finds its parts over AT-SPI, a click toggles the controls, a double click
 # switches to full screen, the wheel sets the volume the desktop's media controls report, and the
 # side panel's tabs open from the keyboard with what the file and the playlist hold.
+# The control bar: its play/pause button pauses, a drag on the seek bar seeks, hovering it shows
+# the picture at the time under the pointer, and the bar hides with the other controls.
 #   player_view.sh PLAYER FIXTURE_DIR
 set -euo pipefail
 player=$1
@@ -108,3 +110,58 @@ xdotool key Escape
 panel_closed() { ! shows_text "3 items"; }
 eventually panel_closed || fail "Esc left the panel open"
 echo "ok: Esc closes the panel"
+# The control bar, on a minute-long clip.
+where() { /usr/bin/python3 "$here/accessible_tree.py" VelmarPlayer --where "$1"; }
+# The screen rectangle "x y width height" of a showing object, waiting up to 10 s for it.
+locate() { for _ in $(seq 100); do where "$1" 2>/dev/null && return 0; sleep 0.1; done; return 1; }
+eventually playerctl -p velmarplayer open "file://$fixtures/clip60.mp4" || fail "MPRIS open failed"
+eventually status_is Playing || fail "clip60 does not play"
+xdotool mousemove --window "$window" 400 300 mousemove --window "$window" 410 300
+read -r x y w h < <(locate Pause) || { tree; fail "no Pause button on the bar"; }
+xdotool mousemove $((x + w / 2)) $((y + h / 2)) click 1
+eventually status_is Paused || fail "the Pause button did not pause: $(playerctl -p velmarplayer status)"
+echo "ok: the bar's Pause button pauses"
+
+# A drag from near the start to the middle of the bar lands near the middle of the clip.
+read -r x y w h < <(locate "Seek bar") || { tree; fail "no seek bar"; }
+row=$((y + h / 2))
+xdotool mousemove $((x + 4)) $row mousedown 1
+for step in 1 2 3 4; do xdotool mousemove $((x + 4 + (w / 2 - 4) * step / 4)) $row; sleep 0.05; done
+xdotool mouseup 1
+position_near() {
+  awk -v p="$(playerctl -p velmarplayer position)" -v want="$1" 'BEGIN { exit !(p - want < 1 && want - p < 1) }'
+}
+eventually position_near 30 || fail "the drag to the middle landed at $(playerctl -p velmarplayer position) s"
+echo "ok: drag to the middle -> $(playerctl -p velmarplayer position) s"
+
+# Hovering at 14.4 s shows a picture of its 2 s bucket: the key frame at 14 s, or the one at 15 s
+# when a drag passing 15.x s asked for the bucket first. Not some other picture.
+xdotool mousemove $((x + w * 144 / 600)) $row
+read -r px py pw ph < <(locate "Preview 00:14") || { tree; fail "no preview at 00:14"; }
+frame() { ffmpeg -nostdin -loglevel error -ss "$1" -i "$fixtures/clip60.mp4" -frames:v 1 \
+            -vf "scale=$pw:$ph" -f rawvideo -pix_fmt rgb24 "$work/at$1.rgb"; }
+for t in 14 15 40; do frame $t; done
+# Mean difference per colour sample against the bucket's frames, and against a wrong one.
+differences() {
+  ffmpeg -nostdin -loglevel error -y -f x11grab -draw_mouse 0 -video_size "${pw}x$ph" \
+    -i "$DISPLAY+$px,$py" -frames:v 1 -f rawvideo -pix_fmt rgb24 "$work/shown.rgb"
+  /usr/bin/python3 - "$work/shown.rgb" "$work"/at{14,15,40}.rgb <<'PY'
+import sys
+shown, *references = (open(path, "rb").read() for path in sys.argv[1:])
+at14, at15, at40 = (sum(abs(a - b) for a, b in zip(shown, r)) / len(shown) for r in references)
+print(min(at14, at15), at40)
+PY
+}
+preview_matches() {
+  read -r right wrong < <(differences)
+  echo "preview differs by $right from its bucket's frames and by $wrong from 40 s"
+  awk -v r="$right" -v w="$wrong" 'BEGIN { exit !(r < 16 && r * 3 < w) }'
+}
+for _ in $(seq 50); do preview_matches >/dev/null && break; sleep 0.2; done
+preview_matches || fail "the preview does not show a picture of 14 s"
+echo "ok: hover -> a picture of 14 s"
+
+# Playing, the bar goes with the rest of the controls.
+playerctl -p velmarplayer play
+expect_object "push button	Pause	hidden"
+expect_object "slider	Seek bar	hidden"

@@ -80,3 +80,27 @@ ff -i clip10.mp4 -map 0:v -c copy -output_ts_offset 100 late-start.mkv
 
 # The reference tool's thumbnail of clip10's key frame at 3 s, as raw RGBA rows.
 ff -ss 3 -i clip10.mp4 -frames:v 1 -vf scale=240:-2 -pix_fmt rgba -f rawvideo clip10-3s-240.rgba
+
+# 20 s in three chapters, for the seek bar's chapter ticks and titles.
+cat > chapters.ffmeta <<'META'
+;FFMETADATA1
+[CHAPTER]
+TIMEBASE=1/1000
+START=0
+END=5000
+title=Opening
+[CHAPTER]
+TIMEBASE=1/1000
+START=5000
+END=12500
+title=Middle
+[CHAPTER]
+TIMEBASE=1/1000
+START=12500
+END=20000
+title=Ending
+META
+ff -f lavfi -i "testsrc2=size=320x180:rate=25:duration=20" -i chapters.ffmeta \
+   -map 0:v -map_metadata 1 -map_chapters 1 -vf "$corners" \
+   -c:v libx264 -preset veryfast -pix_fmt yuv420p -g 25 three-chapters.mkv
+rm chapters.ffmeta

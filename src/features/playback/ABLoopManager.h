@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <QObject>
+#include <QtQml/qqmlregistration.h>
 #include <QVariant>
 
 /// The two points of an A-B loop. The engine sets them and keeps B after A; whenever playback
@@ -9,6 +10,8 @@
 class ABLoopManager : public QObject
 {
     Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("The engine owns the loop points")
     /// Seconds, or undefined when unset.
     Q_PROPERTY(QVariant pointA READ pointAVariant NOTIFY pointAChanged)
     Q_PROPERTY(QVariant pointB READ pointBVariant NOTIFY pointBChanged)

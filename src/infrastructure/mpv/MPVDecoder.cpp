@@ -185,6 +185,10 @@ QCoro::Task<MPVDecoder::LoadOutcome> MPVDecoder::load(const QUrl& url)
     m_loadRequest = ++m_lastRequest;
     m_entryId = -1;
     m_tracks.clear();
+    if (!m_chapters.isEmpty()) {
+        m_chapters.clear();
+        Q_EMIT chaptersChanged(m_chapters);
+    }
     m_pendingLoad = std::make_unique<velmar::Completion<LoadOutcome>>(LoadOutcome{});
     auto opened = m_pendingLoad->result();
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/Chapter.h"
 #include "model/MediaInfo.h"
 #include "model/MediaTrack.h"
 #include "model/PictureSettings.h"
@@ -112,11 +113,14 @@ public:
     /// The latest file's tracks and technical summary as libmpv last reported them; no
     /// summary without a handle.
     QList<MediaTrack> getTrackList() const { return m_tracks; }
+    /// The latest file's chapters, by time; empty for a file without any.
+    QList<Chapter> chapters() const { return m_chapters; }
     std::optional<MediaInfo> getMediaInfo() const;
 
 Q_SIGNALS:
     // GUI thread, each for the file of the latest load only.
     void tracksChanged(const QList<MediaTrack>& tracks);
+    void chaptersChanged(const QList<Chapter>& chapters);
     void audioTrackChanged(qint64 id);
     void subtitleTrackChanged(qint64 id);
     /// "video-params/primaries" or "video-params/gamma"; a null value while unknown.
@@ -153,6 +157,7 @@ private:
     void applyEndReached(qint64 entryId);
     void applyVideoParameter(qint64 entryId, const QString& name, const QString& value);
     void applyTracks(qint64 entryId, const QList<MediaTrack>& tracks);
+    void applyChapters(qint64 entryId, const QList<Chapter>& chapters);
     void applySelectedTrack(qint64 entryId, TrackType type, qint64 id);
     void applyMediaInfo(qint64 entryId, const MediaInfo& info);
     void applyErrorLog(const QString& text);
@@ -166,6 +171,7 @@ private:
     float m_rate = 1.0f;
     bool m_isMuted = false;
     QList<MediaTrack> m_tracks;
+    QList<Chapter> m_chapters;
     MediaInfo m_mediaInfo;
 
     // Asynchronous commands whose result someone waits for, by reply id.

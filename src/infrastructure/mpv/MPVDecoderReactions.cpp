@@ -101,6 +101,14 @@ void MPVDecoder::applyTracks(qint64 entryId, const QList<MediaTrack>& tracks)
     Q_EMIT tracksChanged(m_tracks);
 }
 
+void MPVDecoder::applyChapters(qint64 entryId, const QList<Chapter>& chapters)
+{
+    if (!isCurrentEntry(entryId) || chapters == m_chapters)
+        return;
+    m_chapters = chapters;
+    Q_EMIT chaptersChanged(m_chapters);
+}
+
 void MPVDecoder::applySelectedTrack(qint64 entryId, TrackType type, qint64 id)
 {
     if (!isCurrentEntry(entryId))

@@ -26,6 +26,7 @@ constexpr ObservedProperty kObserved[] = {
     {MPVName::videoBitrate, MPV_FORMAT_INT64}, {MPVName::pixelFormat, MPV_FORMAT_STRING},
     {MPVName::audioCodec, MPV_FORMAT_STRING},  {MPVName::channelCount, MPV_FORMAT_INT64},
     {MPVName::sampleRate, MPV_FORMAT_INT64},   {MPVName::audioBitrate, MPV_FORMAT_INT64},
+    {MPVName::chapterList, MPV_FORMAT_NODE},
 };
 
 bool is(const char* name, const char* expected)
@@ -199,6 +200,13 @@ void MPVEventPump::handlePropertyChange(const mpv_event_property& p)
                 MPVNodes::tracks(*static_cast<const mpv_node*>(p.data));
             toDecoder([entryId, tracks](MPVDecoder* d) { d->applyTracks(entryId, tracks); });
         }
+    } else if (is(p.name, MPVName::chapterList)) {
+        // The node is libmpv's until the next event: it is read into our own list here.
+        const QList<Chapter> chapters =
+            p.format == MPV_FORMAT_NODE && p.data
+                ? MPVNodes::chapters(*static_cast<const mpv_node*>(p.data))
+                : QList<Chapter>();
+        toDecoder([entryId, chapters](MPVDecoder* d) { d->applyChapters(entryId, chapters); });
     } else if (is(p.name, MPVName::aid) || is(p.name, MPVName::sid)) {
         // "no" has no number: no track of that kind is selected.
         const TrackType type = is(p.name, MPVName::aid) ? TrackType::Audio : TrackType::Sub;

@@ -31,6 +31,18 @@ bool mapFlag(const mpv_node& map, const char* key)
     return value && value->format == MPV_FORMAT_FLAG && value->u.flag != 0;
 }
 
+std::optional<double> mapNumber(const mpv_node& map, const char* key)
+{
+    const mpv_node* value = mapValue(map, key);
+    if (!value)
+        return std::nullopt;
+    if (value->format == MPV_FORMAT_DOUBLE)
+        return value->u.double_;
+    if (value->format == MPV_FORMAT_INT64)
+        return double(value->u.int64);
+    return std::nullopt;
+}
+
 } // namespace
 
 std::optional<qint64> mapInteger(const mpv_node& map, const char* key)
@@ -63,6 +75,22 @@ QList<MediaTrack> tracks(const mpv_node& trackList)
         track.lang = mapString(entry, "lang");
         track.codec = mapString(entry, "codec");
         result << track;
+    }
+    return result;
+}
+
+QList<Chapter> chapters(const mpv_node& chapterList)
+{
+    QList<Chapter> result;
+    if (chapterList.format != MPV_FORMAT_NODE_ARRAY || !chapterList.u.list)
+        return result;
+    const mpv_node_list& entries = *chapterList.u.list;
+    for (int i = 0; i < entries.num; ++i) {
+        const mpv_node& entry = entries.values[i];
+        const std::optional<double> time = mapNumber(entry, "time");
+        if (!time)
+            continue;
+        result << Chapter{*time, mapString(entry, "title").value_or(QString())};
     }
     return result;
 }

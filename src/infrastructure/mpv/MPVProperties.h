@@ -17,6 +17,7 @@ inline constexpr const char* gamma = "video-params/gamma";
 inline constexpr const char* trackList = "track-list";
 inline constexpr const char* aid = "aid";
 inline constexpr const char* sid = "sid";
+inline constexpr const char* chapterList = "chapter-list";
 // Observed: the technical summary of the file
 inline constexpr const char* filename = "filename";
 inline constexpr const char* fileSize = "file-size";

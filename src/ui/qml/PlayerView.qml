@@ -98,6 +98,11 @@ Item {
         objectName: "controlsHideTimer"
         interval: 1500
         onTriggered: {
+            // Not in the middle of a drag on the seek bar: that waits for its end.
+            if (controlBar.interacting) {
+                restart()
+                return
+            }
             root.setControlsShown(false, 400)
             root.cursorHidden = true
         }
@@ -248,6 +253,19 @@ Item {
             anchors.left: parent.left
             anchors.right: parent.right
             height: childrenRect.height
+
+            ControlBar {
+                id: controlBar
+                objectName: "controlBar"
+                anchors.left: parent.left
+                anchors.right: parent.right
+                // Only a file has a timeline to show; the idle screen and an image have none.
+                visible: root.engine.state.isActive
+                engine: root.engine
+                commands: root.commands
+                sidePanelTab: root.sidePanelTab
+                onSidePanelRequested: tab => root.toggleSidePanel(tab)
+            }
         }
     }
 
