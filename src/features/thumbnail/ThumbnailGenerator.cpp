@@ -10,8 +10,8 @@
 #include <QCoroFuture>
 #include <QCoroTimer>
 #include <QPointer>
-#include <utility>
 #include <QtConcurrent/QtConcurrentRun>
+#include <utility>
 
 using namespace velmar;
 
