@@ -252,6 +252,9 @@ private Q_SLOTS:
     void theEndOfAFileDoesNotReachTheNextOne()
     {
         TestPlayer player;
+        // When the end does arrive first, the advance it starts is cut short by the open
+        // below, and libmpv complains about the read it abandoned.
+        player.expectLibmpvErrors();
         PlaybackEngine& engine = player.engine();
         PlaylistManager& playlist = *engine.playlist();
         for (const char* name : {"clip10.mp4", "clip30.mp4", "clip60.mp4"})

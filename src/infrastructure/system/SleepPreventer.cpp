@@ -1,9 +1,9 @@
 #include "SleepPreventer.h"
 
+#include <QCoreApplication>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
-#include <QPointer>
 
 namespace {
 
@@ -32,6 +32,29 @@ SleepPreventer::~SleepPreventer()
         call << m_assertionID;
         m_bus.send(call);
     }
+    // A cookie still on its way would otherwise keep the display awake after the player left.
+    if (m_pendingCall && m_pendingIsInhibit)
+        releaseWhenGranted(m_pendingCall);
+}
+
+void SleepPreventer::releaseWhenGranted(QDBusPendingCallWatcher* inhibitCall)
+{
+    // The watcher outlives this object; the application takes it so that nothing leaks if
+    // the answer never comes before the event loop ends.
+    inhibitCall->disconnect(this);
+    inhibitCall->setParent(QCoreApplication::instance());
+    QDBusConnection bus = m_bus;
+    connect(inhibitCall, &QDBusPendingCallWatcher::finished, inhibitCall,
+            [bus](QDBusPendingCallWatcher* finished) mutable {
+                finished->deleteLater();
+                const QDBusPendingReply<quint32> reply = *finished;
+                if (reply.isError() || reply.value() == 0 || !bus.isConnected())
+                    return;
+                QDBusMessage call = QDBusMessage::createMethodCall(kService, kPath, kInterface,
+                                                                   QStringLiteral("UnInhibit"));
+                call << reply.value();
+                bus.send(call);
+            });
 }
 
 void SleepPreventer::preventSleep()
@@ -50,7 +73,7 @@ void SleepPreventer::allowSleep()
 // pause that arrives while an Inhibit is on its way releases the cookie as soon as it exists.
 void SleepPreventer::reconcile()
 {
-    if (m_callPending || m_wanted == isActive() || !m_bus.isConnected())
+    if (m_pendingCall || m_wanted == isActive() || !m_bus.isConnected())
         return;
     const bool inhibit = m_wanted;
     QDBusMessage call = QDBusMessage::createMethodCall(kService, kPath, kInterface,
@@ -60,12 +83,13 @@ void SleepPreventer::reconcile()
         call << QStringLiteral("VelmarPlayer") << QStringLiteral("VelmarPlayer video playback");
     else
         call << m_assertionID;
-    m_callPending = true;
     auto* watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(call, kCallTimeoutMs), this);
+    m_pendingCall = watcher;
+    m_pendingIsInhibit = inhibit;
     connect(watcher, &QDBusPendingCallWatcher::finished, this,
             [this, inhibit](QDBusPendingCallWatcher* finished) {
                 finished->deleteLater();
-                m_callPending = false;
+                m_pendingCall = nullptr;
                 if (inhibit) {
                     const QDBusPendingReply<quint32> reply = *finished;
                     // No screen saver: stay inactive, and do not retry until asked again.

@@ -2,6 +2,9 @@
 
 #include <QDBusConnection>
 #include <QObject>
+#include <QPointer>
+
+class QDBusPendingCallWatcher;
 
 /// Keeps the display awake while video plays, through the desktop's
 /// org.freedesktop.ScreenSaver service on the session bus. Calls are asynchronous: the player
@@ -33,9 +36,12 @@ Q_SIGNALS:
 
 private:
     void reconcile();
+    void releaseWhenGranted(QDBusPendingCallWatcher* inhibitCall);
 
     QDBusConnection m_bus;
-    bool m_wanted = false;      // what the player asked for last
-    bool m_callPending = false; // an Inhibit or UnInhibit call is on its way
-    quint32 m_assertionID = 0;  // the service's inhibit cookie, 0 when none is held
+    bool m_wanted = false; // what the player asked for last
+    // The Inhibit or UnInhibit call on its way, if any; only one at a time.
+    QPointer<QDBusPendingCallWatcher> m_pendingCall;
+    bool m_pendingIsInhibit = false;
+    quint32 m_assertionID = 0; // the service's inhibit cookie, 0 when none is held
 };
