@@ -152,7 +152,7 @@ bool AppDelegate::dropURLs(QList<QUrl> urls)
 void AppDelegate::openRecentFile(const QUrl& url)
 {
     if (!url.isEmpty())
-        engine()->open(url);
+        engine()->load(url);
 }
 
 QVariantList AppDelegate::recentMenuEntries() const

@@ -2,6 +2,7 @@
 
 #include "engine/PlaybackEngine.h"
 #include "infrastructure/system/NowPlayingManager.h"
+#include "model/PlaybackRate.h"
 #include "UserCommands.h"
 
 #include <algorithm>
@@ -12,8 +13,7 @@ DesktopMediaControls::DesktopMediaControls(NowPlayingManager& mpris, PlaybackEng
     , m_mpris(&mpris)
     , m_engine(&engine)
 {
-    mpris.setRateLimits(PlaybackEngine::playbackRates.front(),
-                        PlaybackEngine::playbackRates.back());
+    mpris.setRateLimits(PlaybackRate::steps.front(), PlaybackRate::steps.back());
     m_trackChanged.setSingleShot(true);
     m_trackChanged.setInterval(0);
     connect(&m_trackChanged, &QTimer::timeout, this, &DesktopMediaControls::publishTrack);

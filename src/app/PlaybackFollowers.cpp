@@ -10,11 +10,16 @@ PlaybackFollowers::PlaybackFollowers(PlaybackEngine& engine, SleepPreventer& sle
     , m_engine(&engine)
     , m_sleepPreventer(&sleepPreventer)
 {
+    m_placeSaver.setInterval(std::chrono::seconds(5));
+    connect(&m_placeSaver, &QTimer::timeout, this, [this] { m_engine->savePlace(); });
     connect(&engine, &PlaybackEngine::stateChanged, this, [this] {
-        if (m_engine->state().kind() == PlayerState::Kind::Playing)
+        if (m_engine->state().kind() == PlayerState::Kind::Playing) {
             m_sleepPreventer->preventSleep();
-        else
+            m_placeSaver.start();
+        } else {
             m_sleepPreventer->allowSleep();
+            m_placeSaver.stop();
+        }
     });
     connect(&engine, &PlaybackEngine::volumeChanged, this,
             [this] { m_preferences.setValue(PreferenceKeys::volume, m_engine->volume()); });

@@ -122,7 +122,7 @@ void UserCommands::setLoopPointA()
 {
     if (!m_engine)
         return;
-    m_engine->setLoopPointA();
+    m_engine->abLoop()->markA(m_engine->currentTime());
     announceText(QStringLiteral("Loop A: ") + velmar::formatTime(m_engine->currentTime()) +
                  QStringLiteral("  \u2014 \\ to clear"));
 }
@@ -130,7 +130,7 @@ void UserCommands::setLoopPointA()
 void UserCommands::setLoopPointB()
 {
     // A B at or before A is refused; without any A nothing is said.
-    if (m_engine && m_engine->setLoopPointB())
+    if (m_engine && m_engine->abLoop()->markB(m_engine->currentTime()))
         announceText(QStringLiteral("Loop A-B active  \u2014 \\ to clear"));
 }
 
@@ -153,7 +153,7 @@ void UserCommands::setRotation(int degrees)
 {
     if (!m_engine)
         return;
-    m_engine->setRotation(degrees);
+    m_engine->adjustments()->setRotation(degrees);
     announceText(QStringLiteral("Rotation: %1\u00b0").arg(m_engine->videoRotation()));
 }
 
@@ -162,20 +162,20 @@ void UserCommands::setAudioDelay(double seconds)
     if (!m_engine)
         return;
     // Returning to zero is deliberately silent.
-    if (const double delay = m_engine->setAudioDelay(seconds); delay != 0)
+    if (const double delay = m_engine->adjustments()->setAudioDelay(seconds); delay != 0)
         announceText(QString::asprintf("Audio delay: %s%.2fs", delay > 0 ? "+" : "", delay));
 }
 
 void UserCommands::adjustAudioDelay(double delta)
 {
     if (m_engine)
-        setAudioDelay(m_engine->audioDelay() + delta);
+        setAudioDelay(m_engine->adjustments()->audioDelay() + delta);
 }
 
 void UserCommands::resetAudioDelay()
 {
     if (!m_engine)
         return;
-    m_engine->setAudioDelay(0.0);
+    m_engine->adjustments()->setAudioDelay(0.0);
     announceText(QStringLiteral("Audio delay: 0.0s"));
 }

@@ -15,4 +15,12 @@ template <typename T, typename U> bool assignIfChanged(T& field, U&& value)
     return true;
 }
 
+/// Assigns the value and, when it changed, raises the object's notify signal.
+template <typename Object, typename T, typename U>
+void updateProperty(Object* object, T& field, const U& value, void (Object::*changed)())
+{
+    if (assignIfChanged(field, value))
+        (object->*changed)();
+}
+
 } // namespace velmar

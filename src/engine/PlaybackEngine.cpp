@@ -26,9 +26,6 @@ namespace {
 
 constexpr double kResumeThresholdSeconds = 5.0;
 constexpr int kHistoryLimit = 50;
-// How often a playing file's place is written down (in position ticks, 30 a second): a crash
-// loses at most five seconds.
-constexpr int kTicksBetweenSaves = 150;
 // After a playlist item fails, its error stays up this long before the next item loads; a
 // run of this many failures in a row stops the playlist with the last error on screen.
 constexpr std::chrono::milliseconds kFailureGlimpse{800};
@@ -63,24 +60,18 @@ PlaybackEngine::PlaybackEngine(Library& library, QObject* parent)
             &TrackManager::setCurrentSubtitleID);
     connect(m_decoder, &MPVDecoder::videoParameterChanged, m_hdr, &HDRManager::handleParameter);
     connect(m_decoder, &MPVDecoder::mediaInfoChanged, this, &PlaybackEngine::refreshMediaInfo);
-    connect(m_decoder, &MPVDecoder::chaptersChanged, this, &PlaybackEngine::setChapters);
     connect(m_decoder, &MPVDecoder::endReached, this, &PlaybackEngine::handleEndReached);
     connect(m_decoder, &MPVDecoder::fileEnded, this, &PlaybackEngine::handleFileEnded);
     connect(m_adjustments, &VideoAdjustments::audioDelayChanged, m_decoder,
             &MPVDecoder::setAudioDelay);
+    connect(filters(), &FilterManager::filtersChanged, this, [this] {
+        m_decoder->setPicture(filters()->pictureSettings());
+        setNeedsFrameRefresh();
+    });
     connect(m_adjustments, &VideoAdjustments::rotationChanged, this, [this](int degrees) {
         m_decoder->setRotation(degrees);
         setNeedsFrameRefresh();
         Q_EMIT videoRotationChanged();
-    });
-
-    // What the seek bar marks and the adjustments button says follow their managers.
-    connect(m_bookmarks, &BookmarkManager::bookmarksChanged, this,
-            &PlaybackEngine::refreshBookmarkTimes);
-    connect(this, &PlaybackEngine::currentURLChanged, this, &PlaybackEngine::refreshBookmarkTimes);
-    connect(filters(), &FilterManager::filtersChanged, this, [this] {
-        set(m_adjustmentsActive, filters()->filters() != FilterManager::defaultFilters(),
-            &PlaybackEngine::adjustmentsActiveChanged);
     });
 
     m_pip->playbackStateProvider = [this] { return m_state.kind() == PlayerState::Kind::Playing; };
@@ -93,13 +84,6 @@ PlaybackEngine::PlaybackEngine(Library& library, QObject* parent)
     m_history->loadHistory();
     m_bookmarks->loadBookmarks();
     m_perFileStore->loadAll();
-}
-
-PlaybackEngine::~PlaybackEngine() = default;
-
-QVariant PlaybackEngine::mediaInfoVariant() const
-{
-    return m_mediaInfo ? QVariant::fromValue(*m_mediaInfo) : QVariant();
 }
 
 // MARK: loading
@@ -123,7 +107,6 @@ QCoro::Task<void> PlaybackEngine::load(QUrl url)
     set(m_mediaTitle, QFileInfo(url.path()).completeBaseName(), &PlaybackEngine::mediaTitleChanged);
     set(m_mediaInfo, std::optional<MediaInfo>(), &PlaybackEngine::mediaInfoChanged);
     setDisplayedImage(QImage());
-    setChapters({});
 
     if (MediaFiles::isImage(url)) {
         m_decoder->stop(); // images never reach libmpv: no sound may run on behind one
@@ -141,7 +124,10 @@ QCoro::Task<void> PlaybackEngine::load(QUrl url)
 
     m_hdr->reset();
     m_tracks->reset();
+    // The dates complete the media information whenever the disk answers; playback never
+    // waits for them.
     m_fileDates = QtConcurrent::run(MediaFiles::dates, url.toLocalFile());
+    m_fileDates.then(this, [this](const auto&) { refreshMediaInfo(); });
     MPVDecoder::LoadOutcome outcome;
     try {
         QCoro::Task<MPVDecoder::LoadOutcome> opening = m_decoder->load(url);
@@ -181,10 +167,6 @@ QCoro::Task<void> PlaybackEngine::load(QUrl url)
     m_abLoop->clearLoop();
     // Applied quietly: a file opening announces its resume point, not its settings.
     m_adjustments->restore(m_perFileStore->settings(url.path()).value_or(PerFileSettings{}));
-    syncFiltersToMPV();
-    co_await m_fileDates;
-    if (superseded())
-        co_return;
     setState(PlayerState::Kind::Paused);
     refreshMediaInfo();
     play();
@@ -246,10 +228,7 @@ void PlaybackEngine::savePlace()
     if (m_currentURL.isEmpty() || !m_state.isActive() || isLoading())
         return;
     m_history->recordPosition(m_currentURL, m_mediaTitle, m_currentTime, m_duration);
-    const PerFileSettings settings = m_adjustments->perFileSettings();
-    // Unchanged settings are not written again: this runs every few seconds while playing.
-    if (m_perFileStore->settings(m_currentURL.path()).value_or(PerFileSettings{}) != settings)
-        m_perFileStore->save(settings, m_currentURL);
+    m_perFileStore->save(m_adjustments->perFileSettings(), m_currentURL);
 }
 
 // MARK: position timer and end of file
@@ -260,10 +239,6 @@ void PlaybackEngine::onPositionTick()
     setDuration(m_decoder->duration());
     if (const std::optional<double> loopStart = m_abLoop->shouldLoop(m_currentTime))
         seek(*loopStart);
-    if (++m_ticksSinceSave == kTicksBetweenSaves) {
-        m_ticksSinceSave = 0;
-        savePlace();
-    }
 }
 
 void PlaybackEngine::handleEndReached()
@@ -295,30 +270,6 @@ void PlaybackEngine::setState(const PlayerState& state)
     // Positions follow libmpv only while playing; paused ones are set by seeks and scrubs.
     state.kind() == PlayerState::Kind::Playing ? m_positionTimer.start() : m_positionTimer.stop();
     Q_EMIT stateChanged();
-}
-
-void PlaybackEngine::refreshBookmarkTimes()
-{
-    QList<double> times;
-    if (!m_currentURL.isEmpty()) {
-        for (const Bookmark& bookmark : m_bookmarks->bookmarks(m_currentURL))
-            times << bookmark.time;
-    }
-    set(m_bookmarkTimes, times, &PlaybackEngine::bookmarkTimesChanged);
-}
-
-void PlaybackEngine::setChapters(const QList<Chapter>& chapters)
-{
-    set(m_chapters, chapters, &PlaybackEngine::chaptersChanged);
-}
-
-QVariantList PlaybackEngine::chaptersVariant() const
-{
-    QVariantList list;
-    for (const Chapter& chapter : m_chapters)
-        list << QVariantMap{{QStringLiteral("time"), chapter.time},
-                            {QStringLiteral("title"), chapter.title}};
-    return list;
 }
 
 void PlaybackEngine::setDisplayedImage(const QImage& image)

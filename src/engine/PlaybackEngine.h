@@ -4,11 +4,9 @@
 #include "features/filter/VideoAdjustments.h"
 #include "features/playback/ABLoopManager.h"
 #include "infrastructure/mpv/MPVDecoder.h"
-#include "model/Chapter.h"
 #include "model/MediaInfo.h"
 #include "model/PlayerState.h"
 
-#include <array>
 #include <optional>
 #include <QCoroTask>
 #include <QFuture>
@@ -72,16 +70,10 @@ class PlaybackEngine : public QObject
     Q_PROPERTY(ThumbnailGenerator* thumbnails READ thumbnails CONSTANT)
     Q_PROPERTY(PiPManager* pip READ pip CONSTANT)
     Q_PROPERTY(ABLoopManager* abLoop READ abLoop CONSTANT)
-    /// The open file's bookmarks, as times in seconds, earliest first.
-    Q_PROPERTY(QList<double> bookmarkTimes READ bookmarkTimes NOTIFY bookmarkTimesChanged)
-    /// Whether any picture adjustment differs from its default.
-    Q_PROPERTY(bool adjustmentsActive READ adjustmentsActive NOTIFY adjustmentsActiveChanged)
-    /// The open file's chapters by time, each a map with `time` (seconds) and `title`.
-    Q_PROPERTY(QVariantList chapters READ chaptersVariant NOTIFY chaptersChanged)
+    Q_PROPERTY(FilterManager* filters READ filters CONSTANT)
 
 public:
     explicit PlaybackEngine(Library& library, QObject* parent = nullptr); // library outlives it
-    ~PlaybackEngine() override;
 
     PlayerState state() const { return m_state; }
     double currentTime() const { return m_currentTime; }
@@ -93,7 +85,10 @@ public:
     }
     QString mediaTitle() const { return m_mediaTitle; }
     std::optional<MediaInfo> mediaInfo() const { return m_mediaInfo; }
-    QVariant mediaInfoVariant() const;
+    QVariant mediaInfoVariant() const
+    {
+        return m_mediaInfo ? QVariant::fromValue(*m_mediaInfo) : QVariant();
+    }
     QUrl currentURL() const { return m_currentURL; } // empty until a file is opened
     float volume() const { return m_volume; }
     bool isMuted() const { return m_isMuted; }
@@ -103,10 +98,6 @@ public:
     int videoRotation() const { return m_adjustments->rotation(); }
     QImage displayedImage() const { return m_displayedImage; }
     bool isAtEnd() const { return m_isAtEnd; }
-    QList<double> bookmarkTimes() const { return m_bookmarkTimes; }
-    bool adjustmentsActive() const { return m_adjustmentsActive; }
-    QList<Chapter> chapters() const { return m_chapters; }
-    QVariantList chaptersVariant() const;
 
     MPVDecoder* decoder() const { return m_decoder; }
     OSDManager* osd() const { return m_osd; }
@@ -125,7 +116,6 @@ public:
 
     /// Opens a media or image file; one that cannot be played ends in the error state.
     QCoro::Task<void> load(QUrl url);
-    Q_INVOKABLE void open(const QUrl& url) { load(url); }
     QCoro::Task<void> playNext();
     QCoro::Task<void> playPrevious();
     /// Writes down the current file's place and settings, as leaving it does.
@@ -146,20 +136,8 @@ public:
     /// False when the volume was already at that end of 0…1.
     bool adjustVolume(float delta);
     void setIsMuted(bool muted);
-    static constexpr std::array<float, 9> playbackRates = {0.25f, 0.5f, 0.75f, 1.0f, 1.25f,
-                                                           1.5f,  2.0f, 3.0f,  4.0f};
     void setPlaybackRate(float rate);
     Q_INVOKABLE void cyclePlaybackRate();
-
-    /// Degrees; the remainder of 360 keeps its sign.
-    Q_INVOKABLE void setRotation(int degrees) { m_adjustments->setRotation(degrees); }
-    /// Returns the delay applied, within ±5 s.
-    double setAudioDelay(double seconds) { return m_adjustments->setAudioDelay(seconds); }
-    double audioDelay() const { return m_adjustments->audioDelay(); }
-    Q_INVOKABLE void syncFiltersToMPV();
-    Q_INVOKABLE void setLoopPointA() { m_abLoop->markA(m_currentTime); }
-    /// True when a loop is set afterwards.
-    bool setLoopPointB() { return m_abLoop->markB(m_currentTime); }
 
     /// The render surface has drawn the refreshed frame.
     Q_INVOKABLE void acknowledgeFrameRefresh(bool pending = false)
@@ -183,15 +161,15 @@ Q_SIGNALS:
     void videoRotationChanged();
     void displayedImageChanged();
     void isAtEndChanged();
-    void bookmarkTimesChanged();
-    void adjustmentsActiveChanged();
-    void chaptersChanged();
     /// A file opened where it was left last time.
     void resumed(double position);
 
 private:
     template <typename T, typename U>
-    void set(T& field, const U& value, void (PlaybackEngine::*changed)());
+    void set(T& field, const U& value, void (PlaybackEngine::*changed)())
+    {
+        velmar::updateProperty(this, field, value, changed);
+    }
     bool step(bool forward);
     void onPositionTick();
     void handleEndReached();
@@ -206,8 +184,6 @@ private:
     void setIsAtEnd(bool atEnd) { set(m_isAtEnd, atEnd, &PlaybackEngine::isAtEndChanged); }
     void setNeedsFrameRefresh() { acknowledgeFrameRefresh(true); }
     void setDisplayedImage(const QImage& image);
-    void refreshBookmarkTimes();
-    void setChapters(const QList<Chapter>& chapters);
 
     PlayerState m_state;
     double m_currentTime = 0;
@@ -222,9 +198,6 @@ private:
     bool m_needsFrameRefresh = false;
     QImage m_displayedImage;
     bool m_isAtEnd = false;
-    QList<double> m_bookmarkTimes;
-    bool m_adjustmentsActive = false;
-    QList<Chapter> m_chapters;
 
     MPVDecoder* m_decoder;
     OSDManager* m_osd;
@@ -240,7 +213,6 @@ private:
     BookmarkManager* m_bookmarks;
     PerFileSettingsStore* m_perFileStore;
     QTimer m_positionTimer;
-    int m_ticksSinceSave = 0;
     bool m_wasPlayingBeforeScrub = false;
     QFuture<std::pair<QDateTime, QDateTime>> m_fileDates; // read off the GUI thread
     // Each load takes a ticket; one that finds a newer ticket after a wait was superseded.
@@ -249,10 +221,3 @@ private:
     int m_failuresInARow = 0;             // playlist items that failed one after another
     bool m_advancingAfterFailure = false; // the next load continues such a run
 };
-
-template <typename T, typename U>
-void PlaybackEngine::set(T& field, const U& value, void (PlaybackEngine::*changed)())
-{
-    if (velmar::assignIfChanged(field, value))
-        Q_EMIT(this->*changed)();
-}

@@ -2,6 +2,7 @@
 #include "features/filter/FilterManager.h"
 #include "features/playback/ABLoopManager.h"
 #include "infrastructure/mpv/MPVDecoder.h"
+#include "model/PlaybackRate.h"
 #include "PlaybackEngine.h"
 
 #include <QPointer>
@@ -139,16 +140,5 @@ void PlaybackEngine::setPlaybackRate(float rate)
 
 void PlaybackEngine::cyclePlaybackRate()
 {
-    // A rate that is not in the list returns to normal speed; the fastest wraps to the slowest.
-    const auto* found = std::find(playbackRates.begin(), playbackRates.end(), m_playbackRate);
-    const auto* next = found == playbackRates.end() ? nullptr : std::next(found);
-    setPlaybackRate(!next ? 1.0f : next == playbackRates.end() ? playbackRates.front() : *next);
-}
-
-// MARK: picture
-
-void PlaybackEngine::syncFiltersToMPV()
-{
-    m_decoder->setPicture(filters()->pictureSettings());
-    setNeedsFrameRefresh();
+    setPlaybackRate(PlaybackRate::next(m_playbackRate));
 }

@@ -83,7 +83,6 @@ void AdjustmentListModel::setFilter(int row, bool isEnabled, double value)
     if (!filters() || row < 0 || row >= m_rowCount)
         return;
     filters()->setFilter(filters()->filters().at(row).id, isEnabled, float(value));
-    m_engine->syncFiltersToMPV();
 }
 
 void AdjustmentListModel::resetAll()
@@ -91,10 +90,8 @@ void AdjustmentListModel::resetAll()
     if (!m_engine)
         return;
     filters()->resetAll();
-    m_engine->syncFiltersToMPV();
-    m_engine->acknowledgeFrameRefresh(true);
-    m_engine->setRotation(0);
-    m_engine->setAudioDelay(0.0);
+    m_engine->adjustments()->setRotation(0);
+    m_engine->adjustments()->setAudioDelay(0.0);
 }
 
 void AdjustmentListModel::followFilters()

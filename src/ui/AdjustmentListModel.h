@@ -37,7 +37,7 @@ public:
     PlaybackEngine* engine() const { return m_engine; }
     void setEngine(PlaybackEngine* engine);
     int rotation() const { return m_engine ? m_engine->videoRotation() : 0; }
-    double audioDelay() const { return m_engine ? m_engine->audioDelay() : 0.0; }
+    double audioDelay() const { return m_engine ? m_engine->adjustments()->audioDelay() : 0.0; }
     QString audioDelayText() const;
 
     int rowCount(const QModelIndex& parent = {}) const override;

@@ -1,7 +1,5 @@
-// The playback engine and the user's commands on real libmpv and generated media: the state
-// machine, seeks, scrubs and frame steps, sound and speed, images and broken files, tracks and
-// media information, picture adjustments, loop points, subtitles, screenshots and bookmarks,
-// and what a file remembers from one session to the next.
+// The playback engine on real libmpv and generated media: the state machine, seeks, scrubs and
+// frame steps, sound and speed, images and broken files, tracks and media information.
 #include "app/ControlStrip.h"
 #include "app/Player.h"
 #include "app/UserCommands.h"
@@ -19,6 +17,7 @@
 #include "model/MediaFiles.h"
 #include "support/TestSupport.h"
 
+#include "EngineProbe.h"
 #include <filesystem>
 #include <QCoroTask>
 #include <QImageReader>
@@ -29,33 +28,6 @@
 
 using namespace velmar::test;
 using Kind = PlayerState::Kind;
-
-namespace {
-
-template <typename T> std::optional<T> mpv(PlaybackEngine& engine, const char* name);
-template <> std::optional<double> mpv(PlaybackEngine& engine, const char* name)
-{
-    return MPVProperty::readDouble(engine.decoder()->handle(), name);
-}
-template <> std::optional<bool> mpv(PlaybackEngine& engine, const char* name)
-{
-    return MPVProperty::readFlag(engine.decoder()->handle(), name);
-}
-template <> std::optional<qint64> mpv(PlaybackEngine& engine, const char* name)
-{
-    return MPVProperty::readInt64(engine.decoder()->handle(), name);
-}
-template <> std::optional<QString> mpv(PlaybackEngine& engine, const char* name)
-{
-    return MPVProperty::readString(engine.decoder()->handle(), name);
-}
-
-void seek(PlaybackEngine& engine, double seconds)
-{
-    QCoro::waitFor(engine.seek(seconds));
-}
-
-} // namespace
 
 class EngineTest : public QObject
 {
@@ -275,13 +247,14 @@ private Q_SLOTS:
         QCOMPARE(tracks.audioTracks()[1].displayLabel(), QStringLiteral("Commentary \u2014 JPN"));
         QCOMPARE(tracks.subtitleTracks()[0].displayLabel(), QStringLiteral("ENG"));
         QTRY_COMPARE(tracks.currentAudioID(), 1);
-        QTRY_VERIFY(engine.mediaInfo() && engine.mediaInfo()->width);
+        QTRY_VERIFY(engine.mediaInfo() && engine.mediaInfo()->width &&
+                    engine.mediaInfo()->modifiedAt);
         const MediaInfo info = *engine.mediaInfo();
         QCOMPARE(info.filename, QStringLiteral("tracks.mkv"));
         QCOMPARE(info.width, std::optional<int>(320));
         QCOMPARE(info.height, std::optional<int>(180));
         QVERIFY(info.videoCodec.value_or(QString()).contains(QStringLiteral("264")));
-        QVERIFY(info.fileSize.value_or(0) > 0 && info.modifiedAt);
+        QVERIFY(info.fileSize.value_or(0) > 0);
 
         player.commands().cycleAudioTrack();
         QCOMPARE(player.osdText(), QStringLiteral("Audio: Commentary \u2014 JPN (2/2)"));
@@ -309,240 +282,6 @@ private Q_SLOTS:
         QVERIFY(!engine.hdr()->isHDRContent());
         QTRY_VERIFY(engine.mediaInfo() && engine.mediaInfo()->audioCodec);
         QVERIFY(!engine.mediaInfo()->width);
-    }
-
-    void adjustmentsAndLoopPoints()
-    {
-        TestPlayer player;
-        PlaybackEngine& engine = player.engine();
-        UserCommands& commands = player.commands();
-        player.open(fixtureUrl(QStringLiteral("clip30.mp4")));
-        FilterManager& filters = *engine.filters();
-        filters.setFilter(QStringLiteral("contrast"), true, 2.0f);
-        filters.setFilter(QStringLiteral("sharpen"), true, 0.75f);
-        filters.setFilter(QStringLiteral("deband"), true, 64.0f);
-        engine.syncFiltersToMPV();
-        QTRY_COMPARE(mpv<double>(engine, "contrast"), std::optional<double>(100));
-        QTRY_COMPARE(mpv<qint64>(engine, "deband-threshold"), std::optional<qint64>(64));
-        // libmpv reports option values with its length quoting ("%4%0.75").
-        QCOMPARE(mpv<QString>(engine, "vf")
-                     .value_or(QString())
-                     .remove(QRegularExpression(QStringLiteral("%\\d+%"))),
-                 QStringLiteral("unsharp=la=0.75"));
-        filters.setFilter(QStringLiteral("contrast"), false, 2.0f); // off means neutral
-        engine.syncFiltersToMPV();
-        QTRY_COMPARE(mpv<double>(engine, "contrast"), std::optional<double>(0));
-
-        commands.setRotation(450);
-        QCOMPARE(engine.videoRotation(), 90);
-        QCOMPARE(player.osdText(), QStringLiteral("Rotation: 90\u00b0"));
-        commands.rotate(false);
-        commands.rotate(false);
-        QCOMPARE(engine.videoRotation(), 270);
-        QTRY_COMPARE(mpv<qint64>(engine, "video-rotate"), std::optional<qint64>(270));
-        commands.setAudioDelay(7);
-        QCOMPARE(player.osdText(), QStringLiteral("Audio delay: +5.00s"));
-        commands.adjustAudioDelay(-5.25);
-        QCOMPARE(player.osdText(), QStringLiteral("Audio delay: -0.25s"));
-        commands.resetAudioDelay();
-        QCOMPARE(player.osdText(), QStringLiteral("Audio delay: 0.0s"));
-        QTRY_COMPARE(mpv<double>(engine, "audio-delay"), std::optional<double>(0));
-
-        engine.pause();
-        commands.setLoopPointB(); // no A yet: nothing, silently
-        QVERIFY(!player.osdText().startsWith(QStringLiteral("Loop")));
-        seek(engine, 10);
-        commands.setLoopPointA();
-        QCOMPARE(player.osdText(), QStringLiteral("Loop A: 00:10  \u2014 \\ to clear"));
-        seek(engine, 13);
-        commands.setLoopPointB();
-        QCOMPARE(player.osdText(), QStringLiteral("Loop A-B active  \u2014 \\ to clear"));
-        seek(engine, 20);
-        QTest::qWait(300); // paused beyond B: no jump until playing again
-        QCOMPARE(engine.currentTime(), 20.0);
-        engine.play();
-        QTRY_VERIFY_WITH_TIMEOUT(engine.currentTime() < 13.0, 3000);
-        QTest::qWait(3500); // and it keeps looping between A and B
-        QVERIFY2(engine.currentTime() >= 9.9 && engine.currentTime() < 13.5,
-                 qPrintable(QString::number(engine.currentTime())));
-        player.open(fixtureUrl(QStringLiteral("clip10.mp4"))); // a new file clears the loop
-        QCOMPARE(engine.abLoop()->pointA(), std::nullopt);
-    }
-
-    void subtitlesScreenshotsAndBookmarks()
-    {
-        QTemporaryDir dir;
-        QFile srt(dir.filePath(QStringLiteral("extra.srt")));
-        QVERIFY(srt.open(QIODevice::WriteOnly));
-        srt.write("1\n00:00:00,000 --> 00:00:09,000\nExtra line\n");
-        srt.close();
-
-        TestPlayer player;
-        PlaybackEngine& engine = player.engine();
-        UserCommands& commands = player.commands();
-        const QUrl clip = fixtureUrl(QStringLiteral("clip30.mp4"));
-        player.open(clip);
-        engine.pause();
-        player.expectLibmpvErrors(); // the missing subtitle file
-        commands.addSubtitles({QUrl::fromLocalFile(dir.filePath(QStringLiteral("missing.srt"))),
-                               QUrl::fromLocalFile(srt.fileName())});
-        QTRY_COMPARE(player.osdText(), QStringLiteral("Subtitle loaded: extra.srt"));
-        QTRY_COMPARE_WITH_TIMEOUT(engine.tracks()->subtitleTracks().size(), 1, 5000);
-        QVERIFY(engine.tracks()->subtitleTracks()[0].isExternal);
-
-        QDir shots(FrameCapture::screenshotFolder());
-        commands.takeScreenshot();
-        QTRY_COMPARE(player.osdText(), QStringLiteral("Screenshot saved"));
-        const QStringList files = shots.entryList({QStringLiteral("VelmarPlayer_*.png")});
-        QCOMPARE(files.size(), 1);
-        QCOMPARE(QImageReader(shots.filePath(files[0])).size(), QSize(320, 180));
-        QVERIFY(shots.removeRecursively());
-        QFile blocker(shots.path()); // a folder that cannot exist: a plain failure
-        QVERIFY(blocker.open(QIODevice::WriteOnly));
-        blocker.close();
-        commands.takeScreenshot();
-        QTRY_COMPARE(player.osdText(), QStringLiteral("Screenshot failed"));
-        QFile::remove(shots.path());
-
-        seek(engine, 10.0);
-        const QStringList leftovers = QDir::temp().entryList({QStringLiteral("velmar_bm_*")});
-        commands.addBookmark();
-        QCOMPARE(player.osdText(), QStringLiteral("Bookmark added"));
-        BookmarkManager& bookmarks = *engine.bookmarks();
-        QTRY_VERIFY_WITH_TIMEOUT(bookmarks.bookmarks(clip).value(0).thumbnailData, 5000);
-        const QImage picture =
-            QImage::fromData(*bookmarks.bookmarks(clip)[0].thumbnailData, "JPEG");
-        QCOMPARE(picture.size(), QSize(160, 90));
-        QTRY_COMPARE(QDir::temp().entryList({QStringLiteral("velmar_bm_*")}), leftovers);
-        seek(engine, 10.5);
-        commands.addBookmark();
-        QCOMPARE(player.osdText(), QStringLiteral("Bookmark already exists"));
-
-        bookmarks.removeAllBookmarks(clip);
-        bookmarks.add(clip, 10.3, QStringLiteral("near"));
-        bookmarks.add(clip, 12.0, QStringLiteral("far"));
-        seek(engine, 10.0);
-        commands.seekToNextBookmark(); // 10.3 lies within half a second: the next one is 12
-        QTRY_COMPARE(player.osdText(), QStringLiteral("\u25b8 far"));
-        QCOMPARE(engine.currentTime(), 12.0);
-        commands.seekToPreviousBookmark();
-        QTRY_COMPARE(player.osdText(), QStringLiteral("\u25c2 near"));
-        QCOMPARE(engine.currentTime(), 10.3);
-    }
-
-    void aScreenshotOfAFullHDFrameLeavesTheWindowResponsive()
-    {
-        TestPlayer player;
-        player.open(fixtureUrl(QStringLiteral("full-hd.mp4")));
-        player.engine().pause();
-        const qint64 allowed = GuiHeartbeat::allowance(50);
-        GuiHeartbeat heartbeat;
-        player.commands().takeScreenshot();
-        QTRY_COMPARE_WITH_TIMEOUT(player.osdText(), QStringLiteral("Screenshot saved"), 10000);
-        QVERIFY2(heartbeat.longestStall() < allowed,
-                 qPrintable(QStringLiteral("%1 ms").arg(heartbeat.longestStall())));
-    }
-
-    // Picture in picture's states with plain items, then the floating window's control strip on
-    // a real player.
-    void pictureInPictureStatesAndItsControlStrip()
-    {
-        QQmlEngine qml;
-        QQmlComponent floating(&qml);
-        floating.setData("import QtQuick\nWindow { Item { objectName: \"videoHost\" } }", QUrl());
-        PiPManager pip;
-        pip.setWindowComponent(&floating);
-        int toggles = 0;
-        pip.onTogglePlayPause = [&] { ++toggles; };
-        QQuickItem holder;
-        QQuickItem video;
-        pip.setVideoView(&video);
-        pip.enterPiP(); // not in a window: nothing to move
-        QVERIFY(!pip.isPossible() && !pip.isActive());
-
-        auto mainWindow = std::make_unique<QQuickWindow>();
-        holder.setParentItem(mainWindow->contentItem());
-        video.setParentItem(&holder); // no size
-        QVERIFY(pip.isPossible());
-        pip.enterPiP();
-        pip.enterPiP();
-        QVERIFY(pip.isActive());
-        QCOMPARE(pip.lockedAspectRatio(), std::nullopt);
-        const QWindowList windows = QGuiApplication::topLevelWindows();
-        QCOMPARE(std::count_if(windows.begin(), windows.end(),
-                               [](QWindow* w) { return w->flags() & Qt::WindowStaysOnTopHint; }),
-                 1);
-        QCOMPARE(video.window(), pip.floatingWindow());
-        pip.actionPlay();
-        pip.actionPause();
-        pip.actionStop();
-        QCOMPARE(toggles, 3);
-        // With the main window gone, closing the floating one still returns the item to its
-        // holder and forgets everything.
-        mainWindow.reset();
-        QPointer<QQuickWindow> window = pip.floatingWindow();
-        window->close();
-        QVERIFY(!pip.isActive() && !pip.floatingWindow());
-        QCOMPARE(video.parentItem(), &holder);
-        QTRY_VERIFY(!window);
-
-        TestPlayer player;
-        PlaybackEngine& engine = player.engine();
-        ControlStrip& strip = player.player().controlStrip();
-        strip.syncState();
-        QCOMPARE(strip.timeText(), QStringLiteral("00:00 / 00:00"));
-        player.open(fixtureUrl(QStringLiteral("clip60.mp4")));
-        engine.pause();
-        strip.seekSliderChanged(0.25);
-        QTRY_VERIFY(qAbs(engine.currentTime() - 15.0) < 0.5);
-        strip.syncState();
-        QCOMPARE(strip.timeText(), QStringLiteral("00:15 / 01:00"));
-        // Nothing to time (a picture): the slider stays where it was.
-        player.open(fixtureUrl(QStringLiteral("still.png")));
-        strip.syncState();
-        QCOMPARE(strip.timeText(), QStringLiteral("00:00 / 00:00"));
-        QCOMPARE(strip.sliderValue(), 0.25);
-        // The play button does nothing while a file loads.
-        QCoro::Task<> loading = engine.load(fixtureUrl(QStringLiteral("clip10.mp4")));
-        engine.pip()->actionPlay();
-        QCOMPARE(player.osdText(), QString());
-        QCoro::waitFor(std::move(loading));
-        QCOMPARE(engine.state().kind(), Kind::Playing);
-    }
-
-    // Leaving a file for another and quitting the player both keep its place and settings.
-    void aFileIsResumedWithItsSettingsInTheNextSession()
-    {
-        const QUrl a = fixtureUrl(QStringLiteral("clip30.mp4"));
-        const QUrl b = fixtureUrl(QStringLiteral("clip60.mp4"));
-        {
-            TestPlayer player;
-            player.open(a);
-            QCOMPARE(player.engine().history()->resumePosition(a), std::nullopt);
-            seek(player.engine(), 12.0);
-            player.commands().setRotation(90);
-            player.commands().setAudioDelay(0.3);
-            player.open(b);
-            QVERIFY(qAbs(player.engine().history()->resumePosition(a).value_or(0) - 12.0) < 0.5);
-            QCOMPARE(player.engine().videoRotation(), 0); // nothing stored: upright again
-            QCOMPARE(player.engine().audioDelay(), 0.3);  // the delay carries over
-            seek(player.engine(), 40.0);
-            player.commands().setRotation(270);
-        } // quit while b plays
-        TestPlayer player;
-        for (const auto& [url, position, rotation] : {std::tuple(a, 12.0, 90), {b, 40.0, 270}}) {
-            player.open(url);
-            QCOMPARE(player.engine().state().kind(), Kind::Playing);
-            QVERIFY(qAbs(player.engine().currentTime() - position) < 0.5);
-            QCOMPARE(
-                player.osdText(),
-                QStringLiteral("Resumed at 00:%1").arg(int(position), 2, 10, QLatin1Char('0')));
-            QCOMPARE(player.engine().videoRotation(), rotation);
-            QTRY_COMPARE(mpv<qint64>(player.engine(), "video-rotate"),
-                         std::optional<qint64>(rotation));
-            QTRY_VERIFY_WITH_TIMEOUT(
-                qAbs(mpv<double>(player.engine(), "time-pos").value_or(0) - position) < 1.0, 3000);
-        }
     }
 };
 

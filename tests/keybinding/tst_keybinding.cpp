@@ -289,10 +289,10 @@ private Q_SLOTS:
         }
         keys.execute(PlayerAction::audioDelayIncrease);
         keys.execute(PlayerAction::audioDelayIncrease);
-        QVERIFY(qFuzzyCompare(engine.audioDelay(), 0.2));
+        QVERIFY(qFuzzyCompare(engine.adjustments()->audioDelay(), 0.2));
         QCOMPARE(player.osdText(), QStringLiteral("Audio delay: +0.20s"));
         keys.execute(PlayerAction::audioDelayReset);
-        QCOMPARE(engine.audioDelay(), 0.0);
+        QCOMPARE(engine.adjustments()->audioDelay(), 0.0);
         QCOMPARE(player.osdText(), QStringLiteral("Audio delay: 0.0s"));
 
         keys.execute(PlayerAction::setLoopA);

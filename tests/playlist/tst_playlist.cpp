@@ -262,10 +262,10 @@ private Q_SLOTS:
         // The second item has a place and settings to come back to.
         player.open(*playlist.play(1));
         QCoro::waitFor(engine.seek(12.0));
-        engine.setRotation(180);
+        engine.adjustments()->setRotation(180);
         for (const int delay : {0, 40, 90}) {
             player.open(*playlist.play(0));
-            engine.setLoopPointA();
+            engine.abLoop()->markA(engine.currentTime());
             QCoro::waitFor(engine.seek(engine.duration() - 0.1));
             QTest::qWait(delay);
             player.open(*playlist.play(1));

@@ -184,7 +184,7 @@ private Q_SLOTS:
         QTemporaryDir folder;
         const QString pipe = folder.filePath(QStringLiteral("stalled.mkv"));
         QCOMPARE(mkfifo(pipe.toLocal8Bit().constData(), 0600), 0);
-        engine.open(QUrl::fromLocalFile(pipe));
+        engine.load(QUrl::fromLocalFile(pipe));
         QCOMPARE(playerctl({QStringLiteral("play-pause")}), QString());
         QCOMPARE(engine.state().kind(), Kind::Loading);
         QCOMPARE(indicator(engine), std::nullopt);

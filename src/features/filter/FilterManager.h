@@ -12,6 +12,8 @@
 class FilterManager : public QObject
 {
     Q_OBJECT
+    /// Whether any filter differs from its default.
+    Q_PROPERTY(bool isActive READ isActive NOTIFY filtersChanged)
 
 public:
     explicit FilterManager(QObject* parent = nullptr);
@@ -19,6 +21,7 @@ public:
     static QList<StandardFilter> defaultFilters();
 
     const QList<StandardFilter>& filters() const { return m_filters; }
+    bool isActive() const { return m_filters != defaultFilters(); }
     /// Replaces one filter's switch and value (the side panel's edit).
     void setFilter(const QString& id, bool isEnabled, float value);
 

@@ -185,10 +185,7 @@ QCoro::Task<MPVDecoder::LoadOutcome> MPVDecoder::load(const QUrl& url)
     m_loadRequest = ++m_lastRequest;
     m_entryId = -1;
     m_tracks.clear();
-    if (!m_chapters.isEmpty()) {
-        m_chapters.clear();
-        Q_EMIT chaptersChanged(m_chapters);
-    }
+    clearChapters();
     m_pendingLoad = std::make_unique<velmar::Completion<LoadOutcome>>(LoadOutcome{});
     auto opened = m_pendingLoad->result();
 
@@ -219,6 +216,7 @@ void MPVDecoder::stop()
     MPVCommand command({QStringLiteral("stop")});
     if (m_mpv)
         mpv_command_async(m_mpv, 0, command.data());
+    clearChapters(); // nothing is open any more
 }
 
 velmar::Completion<bool>& MPVDecoder::startSeek(double target)
@@ -312,6 +310,11 @@ void MPVDecoder::setRotation(int degrees)
 
 void MPVDecoder::setPicture(const PictureSettings& picture)
 {
+    // The core keeps these from file to file; only a change is worth sending (each filter
+    // edit, and each file's restored settings, arrive here as a whole).
+    if (picture == m_picture)
+        return;
+    m_picture = picture;
     // libmpv 0.35 keeps its picture controls as whole numbers and refuses other formats.
     int64_t brightness = picture.brightness;
     int64_t contrast = picture.contrast;

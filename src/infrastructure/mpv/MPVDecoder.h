@@ -158,6 +158,7 @@ private:
     void applyVideoParameter(qint64 entryId, const QString& name, const QString& value);
     void applyTracks(qint64 entryId, const QList<MediaTrack>& tracks);
     void applyChapters(qint64 entryId, const QList<Chapter>& chapters);
+    void clearChapters();
     void applySelectedTrack(qint64 entryId, TrackType type, qint64 id);
     void applyMediaInfo(qint64 entryId, const MediaInfo& info);
     void applyErrorLog(const QString& text);
@@ -172,6 +173,7 @@ private:
     bool m_isMuted = false;
     QList<MediaTrack> m_tracks;
     QList<Chapter> m_chapters;
+    PictureSettings m_picture; // what the core was last given; it keeps it from file to file
     MediaInfo m_mediaInfo;
 
     // Asynchronous commands whose result someone waits for, by reply id.

@@ -109,6 +109,14 @@ void MPVDecoder::applyChapters(qint64 entryId, const QList<Chapter>& chapters)
     Q_EMIT chaptersChanged(m_chapters);
 }
 
+void MPVDecoder::clearChapters()
+{
+    if (m_chapters.isEmpty())
+        return;
+    m_chapters.clear();
+    Q_EMIT chaptersChanged(m_chapters);
+}
+
 void MPVDecoder::applySelectedTrack(qint64 entryId, TrackType type, qint64 id)
 {
     if (!isCurrentEntry(entryId))

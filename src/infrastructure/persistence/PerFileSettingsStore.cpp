@@ -43,6 +43,8 @@ std::optional<PerFileSettings> PerFileSettingsStore::settings(const QString& fil
 void PerFileSettingsStore::save(const PerFileSettings& settings, const QUrl& url)
 {
     const QString key = url.path();
+    if (this->settings(key).value_or(PerFileSettings{}) == settings)
+        return;
     if (settings.isDefault()) {
         m_cache.remove(key);
         m_library.execute(LibraryTables::deletePerFileSettings(key));

@@ -32,7 +32,8 @@ public:
     std::optional<PerFileSettings> settings(const QString& filePath) const;
     const QHash<QString, PerFileSettings>& cache() const { return m_cache; }
 
-    /// Stores the settings for the file, or forgets them when they are the defaults.
+    /// Stores the settings for the file, or forgets them when they are the defaults. Settings
+    /// the store already has are not written again (the player saves every few seconds).
     void save(const PerFileSettings& settings, const QUrl& url);
 
 private:

@@ -62,6 +62,11 @@ Item {
         }
     }
 
+    SeekBarMarks {
+        id: marks
+        engine: root.engine
+    }
+
     SeekBar {
         id: seekBar
         objectName: "seekBar"
@@ -75,8 +80,8 @@ Item {
         duration: root.engine.duration
         loopA: root.engine.abLoop.pointA
         loopB: root.engine.abLoop.pointB
-        bookmarkTimes: root.engine.bookmarkTimes
-        chapters: root.engine.chapters
+        bookmarkTimes: marks.bookmarkTimes
+        chapters: marks.chapters
         thumbnailGenerator: root.engine.thumbnails
         onScrubBegan: root.engine.scrubBegan()
         onScrub: seconds => root.engine.scrub(seconds)
@@ -145,8 +150,8 @@ Item {
                 objectName: "adjustmentsButton"
                 visible: root.layoutPlan.shown[4]
                 symbol: "slider.horizontal.3"
-                active: root.engine.adjustmentsActive
-                label: root.engine.adjustmentsActive ? "Adjustments active" : "Adjustments"
+                active: root.engine.filters.isActive
+                label: root.engine.filters.isActive ? "Adjustments active" : "Adjustments"
                 onClicked: root.sidePanelRequested(1)
             }
             BarButton {
