@@ -116,7 +116,13 @@ void AppDelegate::openInitialFiles()
     m_windowHasDrawn = true;
     velmar::traceStartup("window ready for video");
     const QList<QUrl> files = std::exchange(m_pendingFiles, {});
-    openURLs(files);
+    m_openingFirstFiles = !files.isEmpty();
+    [](QPointer<AppDelegate> self, QList<QUrl> files) -> QCoro::Task<void> {
+        QCoro::Task<void> opening = OpeningRule::open(self->engine(), self->commands(), files);
+        co_await opening;
+        if (self && std::exchange(self->m_openingFirstFiles, false))
+            Q_EMIT self->hasFilesToOpenChanged();
+    }(this, files);
     // What the first picture does not need waits until it is up (or the file failed): the
     // library's clean-up and the desktop services would compete with it for the processor.
     if (files.isEmpty())
@@ -134,7 +140,10 @@ void AppDelegate::openInitialFiles()
 void AppDelegate::openURLs(const QList<QUrl>& urls)
 {
     if (!m_windowHasDrawn) {
+        const bool hadFiles = hasFilesToOpen();
         m_pendingFiles = urls; // a later request before the first frame replaces the earlier
+        if (hasFilesToOpen() != hadFiles)
+            Q_EMIT hasFilesToOpenChanged();
         return;
     }
     OpeningRule::open(engine(), commands(), urls); // runs on by itself; nothing waits for it

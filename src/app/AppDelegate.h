@@ -33,6 +33,9 @@ class AppDelegate : public QObject
     Q_PROPERTY(QStringList openNameFilters READ openNameFilters CONSTANT)
     Q_PROPERTY(KeyBindingManager* keyBindings READ keyBindings CONSTANT)
     Q_PROPERTY(ControlStrip* controlStrip READ controlStrip CONSTANT)
+    /// Files given at start wait for the window's first frame; until they are open the window
+    /// does not show the idle screen, which would only flash by.
+    Q_PROPERTY(bool hasFilesToOpen READ hasFilesToOpen NOTIFY hasFilesToOpenChanged)
 
 public:
     /// Must run before the QGuiApplication exists: picks the OpenGL scene graph and a threaded
@@ -53,6 +56,7 @@ public:
     ControlStrip* controlStrip() const;
     QQuickWindow* mainWindow() const { return m_mainWindow; }
     QStringList openNameFilters() const;
+    bool hasFilesToOpen() const { return !m_pendingFiles.isEmpty() || m_openingFirstFiles; }
 
     /// Applies the opening rule to files and folders (several files become a playlist).
     Q_INVOKABLE void openURLs(const QList<QUrl>& urls);
@@ -67,6 +71,9 @@ public:
     /// Brings the main window to the front (for a later launch without files).
     Q_INVOKABLE void raise();
 
+Q_SIGNALS:
+    void hasFilesToOpenChanged();
+
 private:
     static void useIconTheme();
     void configureMainWindow();
@@ -78,4 +85,5 @@ private:
     MainWindowGeometry* m_geometry = nullptr;
     QList<QUrl> m_pendingFiles;
     bool m_windowHasDrawn = false;
+    bool m_openingFirstFiles = false;
 };

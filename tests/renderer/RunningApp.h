@@ -55,11 +55,11 @@ struct RunningApp
     QQuickWindow* window = nullptr;
     QQuickItem* view = nullptr;
 
-    bool start()
+    bool start(const QList<QUrl>& files = {})
     {
         engine->decoder()->setMPVString("ao", u"null"_s);
         engine->decoder()->setMPVString("hwdec", u"no"_s);
-        if (!app->start({}) || !QTest::qWaitForWindowExposed(app->mainWindow()))
+        if (!app->start(files) || !QTest::qWaitForWindowExposed(app->mainWindow()))
             return false;
         window = app->mainWindow();
         view = item("playerView");

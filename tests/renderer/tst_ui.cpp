@@ -72,6 +72,18 @@ private Q_SLOTS:
         QVERIFY(running.accessibleText().contains(u"Image viewer"_s));
     }
 
+    // Started on a file, the window goes from black to the video: the idle screen does not
+    // flash by while the file is looked at and opened.
+    void aFileGivenAtStartSkipsTheIdleScreen()
+    {
+        RunningApp running;
+        QVERIFY(running.start({fixtureUrl(u"clip10.mp4"_s)}));
+        QVERIFY(!running.shows("openFileButton"));
+        QTRY_COMPARE(running.engine->state().kind(), Kind::Playing);
+        QVERIFY(!running.shows("openFileButton"));
+        QVERIFY(!running.app->property("hasFilesToOpen").toBool());
+    }
+
     void controlsFollowTheMouseAndClicks()
     {
         RunningApp running;

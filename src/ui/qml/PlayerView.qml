@@ -212,7 +212,7 @@ Item {
 
     IdleScreen {
         anchors.fill: parent
-        visible: root.stateKind === PlayerStateKind.Idle
+        visible: root.stateKind === PlayerStateKind.Idle && !root.app.hasFilesToOpen
         onOpenFileRequested: root.openFileRequested()
         onPlaylistRequested: root.toggleSidePanel(0)
         onShortcutsRequested: root.shortcutGuideShown = true
