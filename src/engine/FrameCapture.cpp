@@ -1,6 +1,6 @@
 #include "FrameCapture.h"
 
-#include "infrastructure/mpv/MPVDecoder.h"
+#include "engine/MPVDecoder.h"
 
 #include <QBuffer>
 #include <QCoroFuture>

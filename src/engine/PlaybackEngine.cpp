@@ -12,7 +12,7 @@
 #include "features/thumbnail/ThumbnailGenerator.h"
 #include "features/track/TrackManager.h"
 #include "features/window/WindowState.h"
-#include "infrastructure/mpv/MPVDecoder.h"
+#include "engine/MPVDecoder.h"
 #include "infrastructure/persistence/PerFileSettingsStore.h"
 #include "model/MediaFiles.h"
 

@@ -3,7 +3,7 @@
 #include "base/PropertyUpdate.h"
 #include "features/filter/VideoAdjustments.h"
 #include "features/playback/ABLoopManager.h"
-#include "infrastructure/mpv/MPVDecoder.h"
+#include "engine/MPVDecoder.h"
 #include "model/MediaInfo.h"
 #include "model/PlayerState.h"
 

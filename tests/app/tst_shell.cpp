@@ -12,7 +12,7 @@
 #include "features/window/WindowState.h"
 #include "infrastructure/keybinding/KeyBindingManager.h"
 #include "infrastructure/keybinding/QtKeyTranslation.h"
-#include "infrastructure/mpv/MPVDecoder.h"
+#include "engine/MPVDecoder.h"
 #include "infrastructure/preferences/Preferences.h"
 #include "support/TestSupport.h"
 #include "ui/KeyBindingListModel.h"

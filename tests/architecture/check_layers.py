@@ -13,12 +13,13 @@ LAYERS = [
     ("base",),
     ("model",),
     ("infrastructure/logging", "infrastructure/preferences", "infrastructure/persistence",
-     "infrastructure/system", "infrastructure/keybinding", "infrastructure/mpv",
-     "core/renderer"),
+     "infrastructure/system", "infrastructure/keybinding", "infrastructure/mpv"),
     ("features/bookmark", "features/filter", "features/hdr", "features/osd", "features/playback",
      "features/playlist", "features/thumbnail", "features/track", "features/window",
      "features/pip"),
     ("engine",),
+    # The video item draws what the decoder renders; nothing below it knows it exists.
+    ("core/renderer",),
     ("app",),
     ("ui",),
 ]

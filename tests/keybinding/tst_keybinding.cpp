@@ -8,7 +8,7 @@
 #include "features/playback/ABLoopManager.h"
 #include "infrastructure/keybinding/KeyBindingManager.h"
 #include "infrastructure/keybinding/QtKeyTranslation.h"
-#include "infrastructure/mpv/MPVDecoder.h"
+#include "engine/MPVDecoder.h"
 #include "infrastructure/preferences/Preferences.h"
 #include "support/TestSupport.h"
 

@@ -14,7 +14,7 @@
 #include "features/track/TrackManager.h"
 #include "features/window/WindowState.h"
 #include "infrastructure/keybinding/KeyBindingManager.h"
-#include "infrastructure/mpv/MPVDecoder.h"
+#include "engine/MPVDecoder.h"
 #include "support/TestSupport.h"
 #include "ui/Formats.h"
 #include "ui/SymbolIcons.h"

@@ -5,7 +5,7 @@
 #include "core/renderer/MPVVideoView.h"
 #include "engine/PlaybackEngine.h"
 #include "features/pip/PiPManager.h"
-#include "infrastructure/mpv/MPVDecoder.h"
+#include "engine/MPVDecoder.h"
 #include "support/TestSupport.h"
 
 #include <atomic>

@@ -5,7 +5,7 @@
 #include "core/renderer/MPVVideoView.h"
 #include "engine/PlaybackEngine.h"
 #include "features/osd/OSDManager.h"
-#include "infrastructure/mpv/MPVDecoder.h"
+#include "engine/MPVDecoder.h"
 
 #include <cstdio>
 #include <cstring>

@@ -1,6 +1,6 @@
 #include "MPVVideoView.h"
 
-#include "infrastructure/mpv/MPVDecoder.h"
+#include "engine/MPVDecoder.h"
 #include "MPVRenderClient.h"
 #include "MPVRenderContext.h"
 #include "MPVVideoLayer.h"

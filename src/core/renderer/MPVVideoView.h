@@ -8,7 +8,7 @@
 class MPVDecoder;
 class MPVRenderClient;
 class MPVRenderContext;
-Q_MOC_INCLUDE("infrastructure/mpv/MPVDecoder.h")
+Q_MOC_INCLUDE("engine/MPVDecoder.h")
 
 /// The QML element that shows the decoder's video. It draws the video as the backdrop of the
 /// whole window it is in, so it belongs first (lowest) in a window it fills; items stacked

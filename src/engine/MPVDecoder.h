@@ -1,10 +1,10 @@
 #pragma once
 
+#include "infrastructure/mpv/MPVError.h"
 #include "model/Chapter.h"
 #include "model/MediaInfo.h"
 #include "model/MediaTrack.h"
 #include "model/PictureSettings.h"
-#include "MPVError.h"
 
 #include <chrono>
 #include <memory>

@@ -2,10 +2,10 @@
 
 #include "base/Completion.h"
 #include "base/Log.h"
+#include "infrastructure/mpv/MPVCommand.h"
+#include "infrastructure/mpv/MPVProperties.h"
 #include "model/MediaFiles.h"
-#include "MPVCommand.h"
 #include "MPVEventPump.h"
-#include "MPVProperties.h"
 
 #include <chrono>
 #include <clocale>

@@ -1,8 +1,8 @@
 #include "MPVEventPump.h"
 
+#include "infrastructure/mpv/MPVNodes.h"
+#include "infrastructure/mpv/MPVProperties.h"
 #include "MPVDecoder.h"
-#include "MPVNodes.h"
-#include "MPVProperties.h"
 
 #include <cstring>
 
