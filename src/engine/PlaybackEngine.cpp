@@ -2,6 +2,7 @@
 
 #include "base/StartupTrace.h"
 
+#include "engine/MPVDecoder.h"
 #include "features/bookmark/BookmarkManager.h"
 #include "features/hdr/HDRManager.h"
 #include "features/osd/OSDManager.h"
@@ -12,7 +13,6 @@
 #include "features/thumbnail/ThumbnailGenerator.h"
 #include "features/track/TrackManager.h"
 #include "features/window/WindowState.h"
-#include "engine/MPVDecoder.h"
 #include "infrastructure/persistence/PerFileSettingsStore.h"
 #include "model/MediaFiles.h"
 

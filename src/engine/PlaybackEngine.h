@@ -1,9 +1,9 @@
 #pragma once
 
 #include "base/PropertyUpdate.h"
+#include "engine/MPVDecoder.h"
 #include "features/filter/VideoAdjustments.h"
 #include "features/playback/ABLoopManager.h"
-#include "engine/MPVDecoder.h"
 #include "model/MediaInfo.h"
 #include "model/PlayerState.h"
 

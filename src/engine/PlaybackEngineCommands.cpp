@@ -1,7 +1,7 @@
 // The engine's operations on the open file: transport, sound, speed, picture and loop points.
+#include "engine/MPVDecoder.h"
 #include "features/filter/FilterManager.h"
 #include "features/playback/ABLoopManager.h"
-#include "engine/MPVDecoder.h"
 #include "model/PlaybackRate.h"
 #include "PlaybackEngine.h"
 

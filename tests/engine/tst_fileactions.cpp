@@ -253,7 +253,7 @@ private Q_SLOTS:
             player.open(b);
             QVERIFY(qAbs(player.engine().history()->resumePosition(a).value_or(0) - 12.0) < 0.5);
             QCOMPARE(player.engine().videoRotation(), 0); // nothing stored: upright again
-            QCOMPARE(player.engine().adjustments()->audioDelay(), 0.3);  // the delay carries over
+            QCOMPARE(player.engine().adjustments()->audioDelay(), 0.3); // the delay carries over
             seek(player.engine(), 40.0);
             player.commands().setRotation(270);
         } // quit while b plays

@@ -3,12 +3,12 @@
 // real engine playing a fixture.
 #include "app/KeyDispatch.h"
 #include "app/Player.h"
+#include "engine/MPVDecoder.h"
 #include "engine/PlaybackEngine.h"
 #include "features/osd/OSDManager.h"
 #include "features/playback/ABLoopManager.h"
 #include "infrastructure/keybinding/KeyBindingManager.h"
 #include "infrastructure/keybinding/QtKeyTranslation.h"
-#include "engine/MPVDecoder.h"
 #include "infrastructure/preferences/Preferences.h"
 #include "support/TestSupport.h"
 

@@ -5,6 +5,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/UserCommands.h"
+#include "engine/MPVDecoder.h"
 #include "engine/PlaybackEngine.h"
 #include "features/bookmark/BookmarkManager.h"
 #include "features/filter/FilterManager.h"
@@ -14,7 +15,6 @@
 #include "features/track/TrackManager.h"
 #include "features/window/WindowState.h"
 #include "infrastructure/keybinding/KeyBindingManager.h"
-#include "engine/MPVDecoder.h"
 #include "support/TestSupport.h"
 #include "ui/Formats.h"
 #include "ui/SymbolIcons.h"

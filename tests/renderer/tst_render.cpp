@@ -3,9 +3,9 @@
 // picture in picture moves the video to a floating window and back, and the core may go before
 // the window.
 #include "core/renderer/MPVVideoView.h"
+#include "engine/MPVDecoder.h"
 #include "engine/PlaybackEngine.h"
 #include "features/pip/PiPManager.h"
-#include "engine/MPVDecoder.h"
 #include "support/TestSupport.h"
 
 #include <atomic>

@@ -181,10 +181,7 @@ private Q_SLOTS:
 
         // Paused with the panel open, the window draws nothing once the panel is still.
         engine.pause();
-        QTest::qWait(2500); // the on-screen display and the scroll bar fade out
-        QSignalSpy frames(running.window, &QQuickWindow::frameSwapped);
-        QTest::qWait(1000);
-        QCOMPARE(frames.size(), 0);
+        QVERIFY(waitForStillScene(running.window, 2000));
     }
 
     void infoAndBookmarksTabs()

@@ -3,9 +3,9 @@
 #include "app/AppDelegate.h"
 #include "app/Player.h"
 #include "core/renderer/MPVVideoView.h"
+#include "engine/MPVDecoder.h"
 #include "engine/PlaybackEngine.h"
 #include "features/osd/OSDManager.h"
-#include "engine/MPVDecoder.h"
 
 #include <cstdio>
 #include <cstring>
@@ -160,6 +160,18 @@ QString TestPlayer::osdText() const
 {
     const auto message = m_player->engine().osd()->currentMessage();
     return message ? message->text() : QString();
+}
+
+bool waitForStillScene(QQuickWindow* window, int stillMs, int timeoutMs)
+{
+    QElapsedTimer sinceFrame;
+    sinceFrame.start();
+    // Frames are swapped on the render thread; the count restarts here, on this one. Reports
+    // still queued when the wait ends go with their receiver.
+    QObject receiver;
+    QObject::connect(window, &QQuickWindow::frameSwapped, &receiver,
+                     [&sinceFrame] { sinceFrame.restart(); });
+    return QTest::qWaitFor([&] { return sinceFrame.elapsed() >= stillMs; }, timeoutMs);
 }
 
 QStringList printedLines(const std::function<void()>& operation)

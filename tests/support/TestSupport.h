@@ -93,6 +93,10 @@ private:
     bool m_libmpvErrorsExpected = false;
 };
 
+/// Waits until the window has drawn no frame for `stillMs` in a row, as it should once its
+/// fades and animations have run out; false when it keeps drawing for `timeoutMs`.
+bool waitForStillScene(QQuickWindow* window, int stillMs = 1000, int timeoutMs = 10000);
+
 /// Runs the operation and returns the lines it printed on standard output (its log lines).
 QStringList printedLines(const std::function<void()>& operation);
 
