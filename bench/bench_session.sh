@@ -217,6 +217,14 @@ bench_hwm_mb()
     awk '/^VmHWM:/ { printf "%.1f", $2 / 1024 }' "/proc/$1/status"
 }
 
+# bench_frame_count LOG: Qt Quick scene frames a player started with QSG_RENDER_TIMING=1 has
+# drawn so far: one line per frame from the threaded render loop (the player's default), or
+# from the single-threaded loops if QSG_RENDER_LOOP chose one.
+bench_frame_count()
+{
+    grep -cE 'syncAndRender: frame rendered in|Frame rendered with' "$1" || true
+}
+
 bench_load()
 {
     cut -d' ' -f1-3 /proc/loadavg
@@ -246,17 +254,40 @@ bench_pointer_to()
 }
 
 # Where the pointer rests while a player runs, for the benchmarks that take --pointer: "over"
-# the middle of its window (as in full screen, or after opening a file with the mouse), or
-# "outside" it, in the screen's corner.
+# the middle of its window (as in full screen, or after opening a file with the mouse),
+# "outside" it, in the screen's corner, or "moving" over the middle, a pixel to and fro every
+# half second, which keeps each player's on-screen controls up.
 # shellcheck disable=SC2034 # read by the benchmarks
 BENCH_POINTER=over
 bench_pointer_option()
 {
     # shellcheck disable=SC2034 # read by the benchmarks
     case $1 in
-    over | outside) BENCH_POINTER=$1 ;;
-    *) bench_die "--pointer takes 'over' or 'outside', not '$1'" ;;
+    over | outside | moving) BENCH_POINTER=$1 ;;
+    *) bench_die "--pointer takes 'over', 'outside' or 'moving', not '$1'" ;;
     esac
+}
+
+# bench_pointer_wander: for --pointer moving, nudges the pointer in the background until
+# bench_pointer_rest; sets BENCH_WANDER_PID.
+bench_pointer_wander()
+{
+    (
+        while true; do
+            xdotool mousemove_relative -- 1 0
+            sleep 0.5
+            xdotool mousemove_relative -- -1 0
+            sleep 0.5
+        done
+    ) >/dev/null 2>&1 &
+    BENCH_WANDER_PID=$!
+    BENCH_PIDS+=("$BENCH_WANDER_PID")
+}
+
+bench_pointer_rest()
+{
+    [[ -n ${BENCH_WANDER_PID:-} ]] && bench_stop "$BENCH_WANDER_PID"
+    BENCH_WANDER_PID=
 }
 
 # bench_window_centre PID: "X Y" of the middle of PID's top-level window, once it is mapped and

@@ -47,15 +47,6 @@ bench_media bench-1080p30-h264.mp4 \
     -ac 2 -c:v libx264 -preset fast -crf 20 -pix_fmt yuv420p -g 60 \
     -c:a aac -b:a 128k -movflags +faststart
 
-# One frame line per rendered scene frame: the threaded render loop's (the player's default),
-# or the single-threaded loops' if QSG_RENDER_LOOP chose one.
-FRAME_LINE='syncAndRender: frame rendered in|Frame rendered with'
-
-frame_count()
-{
-    grep -cE "$FRAME_LINE" "$1" || true
-}
-
 wait_for_status()
 {
     local want=$1
@@ -72,11 +63,11 @@ measure()
 {
     local name=$1 state=$2 pid=$3 log=$4 before after frames_before=0 frames_after=0
     sleep "$SETTLE_S"
-    [[ $name == velmar ]] && frames_before=$(frame_count "$log")
+    [[ $name == velmar ]] && frames_before=$(bench_frame_count "$log")
     before=$(bench_sample "$pid") || bench_die "$name exited: $(tail -5 "$log")"
     sleep "$MEASURE_S"
     after=$(bench_sample "$pid") || bench_die "$name exited: $(tail -5 "$log")"
-    [[ $name == velmar ]] && frames_after=$(frame_count "$log")
+    [[ $name == velmar ]] && frames_after=$(bench_frame_count "$log")
     local cpu xserver others fps=-
     read -r cpu xserver others <<<"$(bench_usage "$before" "$after")"
     if [[ $name == velmar ]]; then
@@ -111,9 +102,9 @@ run_state()
     esac
     pid=$LAUNCHED_PID
     bench_window_centre "$pid" >/dev/null || bench_die "no window from $name: $(tail -5 "$log")"
-    if [[ $name == velmar ]] && (($(frame_count "$log") == 0)); then
+    if [[ $name == velmar ]] && (($(bench_frame_count "$log") == 0)); then
         sleep 2
-        (($(frame_count "$log") > 0)) ||
+        (($(bench_frame_count "$log") > 0)) ||
             bench_die "VelmarPlayer printed no QSG_RENDER_TIMING frame lines; cannot count frames"
     fi
     measure "$name" "$state, pointer outside" "$pid" "$log"

@@ -2,7 +2,7 @@
 # What playing a video costs: VelmarPlayer against the mpv command-line player, in the same run,
 # on the same 1080p30 H.264 file shown in a 1280x720 window.
 #
-#   bench/playback_cost.sh BUILD_DIR [--rounds N] [--pointer over|outside]
+#   bench/playback_cost.sh BUILD_DIR [--rounds N] [--pointer over|outside|moving]
 #
 # (default: 3 rounds, the pointer resting over the middle of the window)
 #
@@ -15,12 +15,15 @@
 #   others   everything else the machine ran meanwhile; more than a few % means the players
 #            competed for the CPU and the round should be repeated
 #   pos      playback position at second 20, to show the player really played
+#   scene frames/s  (VelmarPlayer) Qt Quick frames drawn over the same seconds, from
+#            QSG_RENDER_TIMING=1: about the video's 30 when only the video changes
 # then the medians and the ratios VelmarPlayer / mpv.
 #
 # Both players draw with OpenGL on Mesa's software renderer (mpv: --vo=gpu --gpu-sw), decode in
 # software and have no sound device (see bench_session.sh). The pointer is moved over the middle
 # of the window as soon as it is mapped and then left alone (--pointer outside: it stays in the
-# screen's corner). The test file is made once in BUILD_DIR/bench/media.
+# screen's corner; --pointer moving: it keeps nudging, so both players keep their controls up).
+# The test file is made once in BUILD_DIR/bench/media.
 set -euo pipefail
 source "$(dirname "$0")/bench_session.sh"
 
@@ -87,7 +90,7 @@ run_one()
     bench_fresh_home "$name"
     bench_pointer_to 0 0
     case $name in
-    velmar) bench_launch "$log" "$PLAYER" "$MEDIA" ;;
+    velmar) QSG_RENDER_TIMING=1 bench_launch "$log" "$PLAYER" "$MEDIA" ;;
     mpv)
         rm -f "$socket"
         bench_launch "$log" mpv --no-config --vo=gpu --gpu-sw --geometry=1280x720 \
@@ -95,23 +98,30 @@ run_one()
         ;;
     esac
     pid=$LAUNCHED_PID
-    if [[ $BENCH_POINTER == over ]]; then
+    if [[ $BENCH_POINTER != outside ]]; then
         local centre
         centre=$(bench_window_centre "$pid") || bench_die "no window from $name: $(tail -5 "$log")"
         # shellcheck disable=SC2086 # "X Y"
         bench_pointer_to $centre
+        [[ $BENCH_POINTER == moving ]] && bench_pointer_wander
     fi
     bench_sleep_until "$(bench_add "$LAUNCHED_AT" "$WARMUP_S")"
     before=$(bench_sample "$pid") || bench_die "$name exited early: $(tail -5 "$log")"
+    local frames_before frames_after
+    frames_before=$(bench_frame_count "$log")
     bench_sleep_until "$(bench_add "$LAUNCHED_AT" "$MEASURED_UNTIL_S")"
     after=$(bench_sample "$pid") || bench_die "$name exited early: $(tail -5 "$log")"
+    frames_after=$(bench_frame_count "$log")
     local peak
     peak=$(bench_hwm_mb "$pid")
+    bench_pointer_rest
     case $name in
     velmar)
         [[ $(playerctl -p velmarplayer status 2>/dev/null) == Playing ]] ||
             bench_die "VelmarPlayer is not playing at second $MEASURED_UNTIL_S: $(tail -5 "$log")"
         pos=$(playerctl -p velmarplayer position 2>/dev/null || echo "?")
+        extra=$(awk -v f="$((frames_after - frames_before))" -v s="$((MEASURED_UNTIL_S - WARMUP_S))" \
+            'BEGIN { printf "  scene frames/s %.1f", f / s }')
         ;;
     mpv)
         pos=$(mpv_property "$socket" time-pos || echo "?")

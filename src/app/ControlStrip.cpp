@@ -2,19 +2,21 @@
 
 #include "engine/PlaybackEngine.h"
 #include "model/TimeFormat.h"
-#include "UserCommands.h"
 
 namespace {
 constexpr int kSyncIntervalMs = 500;
 } // namespace
 
-ControlStrip::ControlStrip(PlaybackEngine& engine, UserCommands& commands, QObject* parent)
+ControlStrip::ControlStrip(PlaybackEngine& engine, QObject* parent)
     : QObject(parent)
     , m_engine(&engine)
-    , m_commands(&commands)
 {
     m_sync.setInterval(kSyncIntervalMs);
     connect(&m_sync, &QTimer::timeout, this, &ControlStrip::syncState);
+    connect(&engine, &PlaybackEngine::stateChanged, this, [this] {
+        if (running())
+            syncState();
+    });
     syncState();
 }
 
@@ -46,13 +48,6 @@ void ControlStrip::syncState()
     m_sliderValue = value;
     m_timeText = text;
     Q_EMIT synced();
-}
-
-void ControlStrip::playPauseTapped()
-{
-    if (m_commands)
-        m_commands->togglePlayPause();
-    syncState();
 }
 
 void ControlStrip::seekSliderChanged(double value)

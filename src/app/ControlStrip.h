@@ -6,11 +6,11 @@
 #include <QtQml/qqmlregistration.h>
 
 class PlaybackEngine;
-class UserCommands;
 
 /// The small set of controls of the floating video window: a play/pause button, a seek slider
-/// and the time. It follows the engine by looking every half second while it runs, which is
-/// cheap and keeps a strip that is mostly hidden from reacting to every position tick.
+/// and the time. It follows the position by looking every half second while it runs, which is
+/// cheap and keeps a strip that is mostly hidden from reacting to every position tick; a change
+/// of state (a tap on its button) shows at once.
 ///
 /// GUI thread only.
 class ControlStrip : public QObject
@@ -27,7 +27,7 @@ class ControlStrip : public QObject
     Q_PROPERTY(bool running READ running WRITE setRunning NOTIFY runningChanged)
 
 public:
-    ControlStrip(PlaybackEngine& engine, UserCommands& commands, QObject* parent = nullptr);
+    explicit ControlStrip(PlaybackEngine& engine, QObject* parent = nullptr);
 
     bool isPlaying() const { return m_isPlaying; }
     double sliderValue() const { return m_sliderValue; }
@@ -35,8 +35,6 @@ public:
     bool running() const { return m_sync.isActive(); }
     void setRunning(bool running);
 
-    /// Plays from paused and pauses from playing, saying so; nothing in any other state.
-    Q_INVOKABLE void playPauseTapped();
     /// Seeks to the fraction of the duration; every slider move seeks.
     Q_INVOKABLE void seekSliderChanged(double value);
     void syncState();
@@ -47,7 +45,6 @@ Q_SIGNALS:
 
 private:
     QPointer<PlaybackEngine> m_engine;
-    QPointer<UserCommands> m_commands;
     QTimer m_sync;
     bool m_isPlaying = false;
     double m_sliderValue = 0;

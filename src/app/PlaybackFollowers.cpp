@@ -1,6 +1,7 @@
 #include "PlaybackFollowers.h"
 
 #include "engine/PlaybackEngine.h"
+#include "features/pip/PiPManager.h"
 #include "infrastructure/preferences/Preferences.h"
 #include "infrastructure/system/SleepPreventer.h"
 
@@ -13,7 +14,9 @@ PlaybackFollowers::PlaybackFollowers(PlaybackEngine& engine, SleepPreventer& sle
     m_placeSaver.setInterval(std::chrono::seconds(5));
     connect(&m_placeSaver, &QTimer::timeout, this, [this] { m_engine->savePlace(); });
     connect(&engine, &PlaybackEngine::stateChanged, this, [this] {
-        if (m_engine->state().kind() == PlayerState::Kind::Playing) {
+        const bool playing = m_engine->state().kind() == PlayerState::Kind::Playing;
+        m_engine->pip()->setPlaying(playing);
+        if (playing) {
             m_sleepPreventer->preventSleep();
             m_placeSaver.start();
         } else {

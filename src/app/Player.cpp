@@ -25,7 +25,7 @@ Player::Player(const QString& libraryPath, QObject* parent)
     , m_nowPlaying(std::make_unique<NowPlayingManager>())
     , m_mediaControls(std::make_unique<DesktopMediaControls>(*m_nowPlaying, *m_engine, *m_commands))
     , m_sleepPreventer(std::make_unique<SleepPreventer>())
-    , m_controlStrip(std::make_unique<ControlStrip>(*m_engine, *m_commands))
+    , m_controlStrip(std::make_unique<ControlStrip>(*m_engine))
 {
     connect(m_keyBindings.get(), &KeyBindingManager::actionTriggered, m_keyDispatch.get(),
             &KeyDispatch::execute);

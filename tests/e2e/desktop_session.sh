@@ -127,12 +127,18 @@ for _ in $(seq 40); do
   [ "$changes" -ge 2 ] && break
 done
 [ "$changes" -ge 2 ] || fail "the video does not move in the floating window"
+# The player's keys work in the floating window as in the main one.
 xdotool windowactivate --sync "$pip" 2>/dev/null || xdotool windowfocus --sync "$pip"
+press space "Paused"
+expect_status Paused
+press space "Playing"
+expect_status Playing
+press Right " / 00:30"
 xdotool key --clearmodifiers ctrl+p
 for _ in $(seq 50); do xdotool search --name "Picture in Picture" >/dev/null || break; sleep 0.1; done
 xdotool search --name "Picture in Picture" >/dev/null && fail "Ctrl+P in the floating window did not bring the video back"
 expect_status Playing
-echo "ok: Ctrl+P floats the video above the other windows and brings it back"
+echo "ok: Ctrl+P floats the video above the other windows, its keys work there, and it comes back"
 
 # A second launch hands its file over and leaves; so does one with a name that is not UTF-8.
 "$player" "$fixtures/clip10.mp4" >"$work/second.log" 2>&1 || fail "second launch exited $?"

@@ -171,8 +171,8 @@ private Q_SLOTS:
                  qPrintable(QStringLiteral("%1 ms").arg(heartbeat.longestStall())));
     }
 
-    // Picture in picture's states with plain items, then the floating window's control strip on
-    // a real player.
+    // Picture in picture's states and the floating window's place with plain items, then its
+    // play/pause and control strip on a real player.
     void pictureInPictureStatesAndItsControlStrip()
     {
         QQmlEngine qml;
@@ -182,6 +182,9 @@ private Q_SLOTS:
         pip.setWindowComponent(&floating);
         int toggles = 0;
         pip.onTogglePlayPause = [&] { ++toggles; };
+        int returns = 0;
+        connect(&pip, &PiPManager::floatingWindowChanged, this,
+                [&](QQuickWindow* window) { returns += window ? 0 : 1; });
         QQuickItem holder;
         QQuickItem video;
         pip.setVideoView(&video);
@@ -201,16 +204,37 @@ private Q_SLOTS:
                                [](QWindow* w) { return w->flags() & Qt::WindowStaysOnTopHint; }),
                  1);
         QCOMPARE(video.window(), pip.floatingWindow());
+        // The first time: a quarter of the screen wide, in its bottom-right corner.
+        const QRect screen = pip.floatingWindow()->screen()->availableGeometry();
+        QRect frame = pip.floatingWindow()->geometry();
+        QCOMPARE(frame.width(), screen.width() / 4);
+        QVERIFY(screen.contains(frame));
+        QVERIFY(frame.right() > screen.right() - 50 && frame.bottom() > screen.bottom() - 50);
         pip.actionPlay();
         pip.actionPause();
         pip.actionStop();
         QCOMPARE(toggles, 3);
+        // Moved and resized, then closed with the key: the video comes back, once.
+        pip.floatingWindow()->setGeometry(100, 120, 400, 225);
+        pip.exitPiP();
+        pip.exitPiP();
+        QCOMPARE(returns, 1);
+        QCOMPARE(video.parentItem(), &holder);
+
+        // The next time it opens where it was left, in the proportions of the picture.
+        video.setSize(QSizeF(640, 360));
+        pip.enterPiP();
+        QCOMPARE(pip.lockedAspectRatio(), QSizeF(640, 360));
+        frame = pip.floatingWindow()->geometry();
+        QCOMPARE(frame, QRect(100, 120, 400, 225));
         // With the main window gone, closing the floating one still returns the item to its
         // holder and forgets everything.
         mainWindow.reset();
         QPointer<QQuickWindow> window = pip.floatingWindow();
         window->close();
+        QCOMPARE(returns, 2);
         QVERIFY(!pip.isActive() && !pip.floatingWindow());
+        QCOMPARE(pip.lockedAspectRatio(), std::nullopt);
         QCOMPARE(video.parentItem(), &holder);
         QTRY_VERIFY(!window);
 
@@ -220,7 +244,19 @@ private Q_SLOTS:
         strip.syncState();
         QCOMPARE(strip.timeText(), QStringLiteral("00:00 / 00:00"));
         player.open(fixtureUrl(QStringLiteral("clip60.mp4")));
-        engine.pause();
+        // The floating window's buttons toggle playback, saying so as the keys do; picture in
+        // picture knows whether it plays.
+        PiPManager& realPip = *engine.pip();
+        QVERIFY(realPip.playing());
+        realPip.actionPause();
+        QCOMPARE(engine.state().kind(), Kind::Paused);
+        QCOMPARE(player.osdText(), QStringLiteral("Paused"));
+        QVERIFY(!realPip.playing());
+        realPip.actionPlay();
+        QCOMPARE(engine.state().kind(), Kind::Playing);
+        QCOMPARE(player.osdText(), QStringLiteral("Playing"));
+        realPip.actionStop();
+        QCOMPARE(engine.state().kind(), Kind::Paused);
         strip.seekSliderChanged(0.25);
         QTRY_VERIFY(qAbs(engine.currentTime() - 15.0) < 0.5);
         strip.syncState();
@@ -232,8 +268,10 @@ private Q_SLOTS:
         QCOMPARE(strip.sliderValue(), 0.25);
         // The play button does nothing while a file loads.
         QCoro::Task<> loading = engine.load(fixtureUrl(QStringLiteral("clip10.mp4")));
-        engine.pip()->actionPlay();
-        QCOMPARE(player.osdText(), QString());
+        const QString shown = player.osdText();
+        realPip.actionPlay();
+        QCOMPARE(engine.state().kind(), Kind::Loading);
+        QCOMPARE(player.osdText(), shown);
         QCoro::waitFor(std::move(loading));
         QCOMPARE(engine.state().kind(), Kind::Playing);
     }

@@ -157,6 +157,34 @@ private Q_SLOTS:
         finishBackgroundWork();
     }
 
+    void followingPlaybackDrawsNoFramesOfItsOwn()
+    {
+        RunningApp running;
+        QVERIFY(running.start());
+        running.play(u"clip10.mp4"_s); // 30 frames a second
+        running.moveMouse(running.center());
+        QVERIFY(running.controlsShown());
+        running.window->findChild<QObject*>(u"controlsHideTimer"_s)->setProperty("running", false);
+        QTRY_VERIFY(running.mpvProperty("time-pos").toDouble() > 0.5);
+
+        // The time and the played part move on every tick of the position, but they change
+        // together with the picture: the window draws no more frames than the video has.
+        std::atomic<int> frames = 0;
+        QObject counter;
+        QObject::connect(
+            running.window, &QQuickWindow::frameSwapped, &counter, [&frames] { ++frames; },
+            Qt::DirectConnection);
+        const double start = running.mpvProperty("time-pos").toDouble();
+        const QString timeBefore = running.text("timeLabel");
+        QTest::qWait(2000);
+        const int drawn = frames.exchange(0);
+        const double videoFrames = (running.mpvProperty("time-pos").toDouble() - start) * 30;
+        QVERIFY(running.text("timeLabel") != timeBefore);
+        QVERIFY2(videoFrames > 10, qPrintable(QString::number(videoFrames)));
+        QVERIFY2(drawn <= videoFrames + 3,
+                 qPrintable(u"%1 frames for %2 video frames"_s.arg(drawn).arg(videoFrames)));
+    }
+
     void controlBarButtonsVolumeAndAccessibility()
     {
         RunningApp running;

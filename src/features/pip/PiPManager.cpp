@@ -18,9 +18,13 @@ QSize fitted(int width, const QSizeF& aspect)
     return QSize(width, qRound(width * aspect.height() / aspect.width()));
 }
 
-std::optional<QRect> savedFrame()
+} // namespace
+
+std::optional<QRect> PiPManager::savedFrame() const
 {
-    const QVariantMap map = Preferences().value(kFrameKey).toMap();
+    // The last frame may still wait to be written when the window opens again at once.
+    const QVariantMap map =
+        m_writer.pendingValue(kFrameKey).value_or(Preferences().value(kFrameKey)).toMap();
     const QRect frame(
         map.value(QStringLiteral("x")).toInt(), map.value(QStringLiteral("y")).toInt(),
         map.value(QStringLiteral("w")).toInt(), map.value(QStringLiteral("h")).toInt());
@@ -31,8 +35,6 @@ std::optional<QRect> savedFrame()
     }
     return std::nullopt;
 }
-
-} // namespace
 
 PiPManager::PiPManager(QObject* parent)
     : QObject(parent)

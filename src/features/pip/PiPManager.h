@@ -47,8 +47,10 @@ public:
     void setVideoView(QQuickItem* view);
     QQmlComponent* windowComponent() const { return m_windowComponent; }
     void setWindowComponent(QQmlComponent* component);
-    /// What the floating window's play/pause control shows.
+    /// Whether playback runs, for the floating window's play/pause control; whoever owns
+    /// playback keeps it in step.
     bool playing() const { return m_playing; }
+    void setPlaying(bool playing);
     /// The floating window while active.
     QQuickWindow* floatingWindow() const { return m_floatingWindow; }
     /// The aspect ratio the floating window keeps; none for an item that had no size.
@@ -80,10 +82,11 @@ Q_SIGNALS:
 
 private:
     void updateIsPossible();
-    void setPlaying(bool playing);
     void doneExiting();
     void restoreVideoView();
     QRect initialGeometry(const QQuickWindow& window) const;
+    /// Where the floating window was last left, if that is still on a screen.
+    std::optional<QRect> savedFrame() const;
 
     bool m_isActive = false;
     bool m_isPossible = false;
