@@ -1,6 +1,7 @@
 #include "AppDelegate.h"
 
 #include "base/StartupTrace.h"
+#include "core/renderer/MPVVideoView.h"
 
 #include "engine/PlaybackEngine.h"
 #include "features/playlist/PlaybackHistoryManager.h"
@@ -16,11 +17,15 @@
 #include <QIcon>
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
+#include <QTimer>
 #include <QVariantMap>
 
 namespace {
 
 constexpr int kRecentFileCount = 10;
+// The longest the desktop services wait for a first picture that may never come (a file that
+// is only sound, a window hidden as it opened).
+constexpr std::chrono::seconds kDesktopServicesDelay(3);
 
 } // namespace
 
@@ -83,12 +88,19 @@ bool AppDelegate::start(const QList<QUrl>& files)
         return false;
 
     configureMainWindow();
+    if (QObject* view = m_mainWindow->findChild<QObject*>(QStringLiteral("playerInterfaceLoader")))
+        connect(view, SIGNAL(loaded()), this, SLOT(interfaceLoaded()));
     m_player->keyBindings().start(m_mainWindow);
     // libmpv needs its render context before a file starts. The video item creates it in the
     // window's first scene sync, so the file can start while that first frame is still drawn.
     connect(m_mainWindow, &QQuickWindow::afterSynchronizing, this, &AppDelegate::openInitialFiles,
             static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::SingleShotConnection));
     return true;
+}
+
+void AppDelegate::interfaceLoaded()
+{
+    velmar::traceStartup("interface made");
 }
 
 void AppDelegate::useIconTheme()
@@ -123,18 +135,29 @@ void AppDelegate::openInitialFiles()
         if (self && std::exchange(self->m_openingFirstFiles, false))
             Q_EMIT self->hasFilesToOpenChanged();
     }(this, files);
-    // What the first picture does not need waits until it is up (or the file failed): the
-    // library's clean-up and the desktop services would compete with it for the processor.
+    // What the first picture does not need waits until it is up: the library's clean-up and
+    // the desktop services would compete with it for the processor. A file that shows no
+    // video (it failed, it is an image, it is only sound) lets them start as soon as that is
+    // clear, and none waits more than a moment.
     if (files.isEmpty())
         return m_player->startDesktopServices();
     auto* waiting = new QObject(this);
-    connect(engine(), &PlaybackEngine::stateChanged, waiting, [this, waiting] {
-        if (engine()->state().kind() == PlayerState::Kind::Loading)
-            return;
+    auto startServices = [this, waiting] {
+        if (waiting->parent() != this)
+            return; // started already
+        waiting->setParent(nullptr);
         waiting->deleteLater();
-        disconnect(engine(), nullptr, waiting, nullptr);
         m_player->startDesktopServices();
+    };
+    if (auto* video = m_mainWindow->findChild<MPVVideoView*>(QStringLiteral("videoView")))
+        connect(video, &MPVVideoView::firstFrameShown, waiting, startServices);
+    connect(engine(), &PlaybackEngine::stateChanged, waiting, [this, startServices] {
+        const PlayerState::Kind kind = engine()->state().kind();
+        if (kind == PlayerState::Kind::Error || kind == PlayerState::Kind::ViewingImage ||
+            kind == PlayerState::Kind::Idle)
+            startServices();
     });
+    QTimer::singleShot(kDesktopServicesDelay, waiting, startServices);
 }
 
 void AppDelegate::openURLs(const QList<QUrl>& urls)

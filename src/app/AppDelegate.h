@@ -74,6 +74,10 @@ public:
 Q_SIGNALS:
     void hasFilesToOpenChanged();
 
+private Q_SLOTS:
+    /// The interface over the video is complete.
+    void interfaceLoaded();
+
 private:
     static void useIconTheme();
     void configureMainWindow();

@@ -70,6 +70,7 @@ Player::Player(const QString& libraryPath, QObject* parent)
         m_engine->setIsMuted(true);
         m_commands->announceMute();
     }
+    m_sleepPreventer->setHeld(true); // until the desktop services start
     m_followers = std::make_unique<PlaybackFollowers>(*m_engine, *m_sleepPreventer);
 }
 
@@ -81,5 +82,6 @@ Player::~Player()
 void Player::startDesktopServices()
 {
     m_nowPlaying->setupRemoteCommands();
+    m_sleepPreventer->setHeld(false);
     m_library->cleanupExpiredData();
 }

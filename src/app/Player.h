@@ -31,7 +31,7 @@ public:
     ~Player() override;
 
     /// The desktop services the first frame does not need: the media controls on the session
-    /// bus, and the library's retention clean-up.
+    /// bus, the screen saver, and the library's retention clean-up.
     void startDesktopServices();
 
     Library& library() const { return *m_library; }

@@ -62,10 +62,16 @@ struct RunningApp
         if (!app->start(files) || !QTest::qWaitForWindowExposed(app->mainWindow()))
             return false;
         window = app->mainWindow();
-        view = item("playerView");
         engine->setVolume(0.5f);
         QQuickItem* video = item("videoView");
-        return view && video &&
+        // With files to open, the interface over the video is made in the background.
+        QQuickItem* loader = item("playerInterfaceLoader");
+        constexpr int kReady = 1; // the loader's status once its item is complete
+        if (!video || !loader ||
+            !QTest::qWaitFor([loader] { return loader->property("status").toInt() == kReady; }))
+            return false;
+        view = item("playerView");
+        return view &&
                QTest::qWaitFor([video] { return video->property("hasRenderContext").toBool(); });
     }
     QQuickItem* item(const char* name) const
@@ -101,6 +107,8 @@ struct RunningApp
                   [](QQuickItem* a, QQuickItem* b) { return a->x() < b->x(); });
         return found;
     }
+    /// The part of the window over the video: menus, dialogs, the player view.
+    QObject* playerInterface() const { return item("playerInterface"); }
     bool shows(const char* name) const { return item(name) && item(name)->isVisible(); }
     /// A scene rectangle of an item.
     QRectF sceneRect(QQuickItem* of) const { return of->mapRectToScene(of->boundingRect()); }
@@ -130,6 +138,12 @@ struct RunningApp
         QCursor::setPos(window->mapToGlobal(to));
         QTest::mouseMove(window, to + QPoint(1, 0));
         QTest::mouseMove(window, to);
+    }
+    /// Brings the controls up and keeps them there, however slowly the test goes on.
+    void keepControlsShown()
+    {
+        moveMouse(center());
+        window->findChild<QObject*>(u"controlsHideTimer"_s)->setProperty("running", false);
     }
     void wheel(QPoint at, int angleDelta)
     {

@@ -162,9 +162,7 @@ private Q_SLOTS:
         RunningApp running;
         QVERIFY(running.start());
         running.play(u"clip10.mp4"_s); // 30 frames a second
-        running.moveMouse(running.center());
-        QVERIFY(running.controlsShown());
-        running.window->findChild<QObject*>(u"controlsHideTimer"_s)->setProperty("running", false);
+        running.keepControlsShown();
         QTRY_VERIFY(running.mpvProperty("time-pos").toDouble() > 0.5);
 
         // The time and the played part move on every tick of the position, but they change
@@ -192,7 +190,7 @@ private Q_SLOTS:
         running.play(u"clip30.mp4"_s);
         PlaybackEngine& engine = *running.engine;
         UserCommands& commands = *running.app->commands();
-        running.moveMouse(running.center());
+        running.keepControlsShown();
         auto label = [&](const char* name) {
             return running.item(name)->property("label").toString();
         };

@@ -43,6 +43,8 @@ Q_SIGNALS:
     void updateRequested();
     /// Emitted on a render thread once a window has freed the render context.
     void renderContextReleased();
+    /// Emitted on a render thread when a render context has drawn its first video frame.
+    void firstFrameDrawn();
 
 private:
     explicit MPVRenderClient(mpv_handle* core);

@@ -106,6 +106,8 @@ void MPVRenderContext::render(int fbo, QSize pixelSize)
     };
     mpv_render_context_render(m_context, params);
     mpv_render_context_report_swap(m_context);
-    if (m_hasHadFrame && !std::exchange(m_hasDrawnFrame, true))
+    if (m_hasHadFrame && !std::exchange(m_hasDrawnFrame, true)) {
         velmar::traceStartup("first video frame drawn");
+        Q_EMIT m_client->firstFrameDrawn();
+    }
 }

@@ -84,6 +84,8 @@ void MPVVideoView::setClient(std::shared_ptr<MPVRenderClient> client)
         // Another window let go of the render context: this one may take it now.
         connect(m_client.get(), &MPVRenderClient::renderContextReleased, this, &QQuickItem::update,
                 Qt::QueuedConnection);
+        connect(m_client.get(), &MPVRenderClient::firstFrameDrawn, this,
+                &MPVVideoView::firstFrameShown, Qt::QueuedConnection);
     }
     update();
 }

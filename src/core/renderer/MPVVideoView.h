@@ -46,6 +46,8 @@ public:
 Q_SIGNALS:
     void decoderChanged();
     void hasRenderContextChanged();
+    /// The window has drawn the first video frame of its render context.
+    void firstFrameShown();
 
 protected:
     QSGNode* updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) override;

@@ -69,11 +69,17 @@ void SleepPreventer::allowSleep()
     reconcile();
 }
 
+void SleepPreventer::setHeld(bool held)
+{
+    m_held = held;
+    reconcile();
+}
+
 // One call at a time; when it answers, the state is compared with the latest wish again, so a
 // pause that arrives while an Inhibit is on its way releases the cookie as soon as it exists.
 void SleepPreventer::reconcile()
 {
-    if (m_pendingCall || m_wanted == isActive() || !m_bus.isConnected())
+    if (m_held || m_pendingCall || m_wanted == isActive() || !m_bus.isConnected())
         return;
     const bool inhibit = m_wanted;
     QDBusMessage call = QDBusMessage::createMethodCall(kService, kPath, kInterface,

@@ -25,6 +25,9 @@ public:
 
     void preventSleep();
     void allowSleep();
+    /// While held, the latest wish is remembered but the screen saver is not asked: a starting
+    /// player asks once its first picture is up, and not while making it.
+    void setHeld(bool held);
 
     /// Whether the screen saver granted an inhibit that is still held.
     bool isActive() const { return m_assertionID != 0; }
@@ -40,6 +43,7 @@ private:
 
     QDBusConnection m_bus;
     bool m_wanted = false; // what the player asked for last
+    bool m_held = false;
     // The Inhibit or UnInhibit call on its way, if any; only one at a time.
     QPointer<QDBusPendingCallWatcher> m_pendingCall;
     bool m_pendingIsInhibit = false;

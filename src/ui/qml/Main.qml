@@ -1,39 +1,14 @@
 import QtQuick
-import QtQuick.Controls
-import QtQuick.Dialogs
 import QtQuick.Window
 import Velmar
 
+// The main window: the video, and the player's interface over it.
 Window {
     id: window
 
     required property PlaybackEngine engine
     required property AppDelegate app
     required property UserCommands commands
-
-    // The dialogs and the settings window are made the first time they are asked for: most
-    // sessions never open them, and each costs start-up time and memory.
-    property FileDialog openDialog: null
-    property FolderDialog folderDialog: null
-    property SettingsWindow settingsWindow: null
-
-    function showOpenDialog() {
-        if (!openDialog)
-            openDialog = openDialogComponent.createObject(window)
-        openDialog.open()
-    }
-
-    function showFolderDialog() {
-        if (!folderDialog)
-            folderDialog = folderDialogComponent.createObject(window)
-        folderDialog.open()
-    }
-
-    function showSettings() {
-        if (!settingsWindow)
-            settingsWindow = settingsComponent.createObject(window)
-        settingsWindow.showAndRaise()
-    }
 
     width: 1280
     height: 720
@@ -46,89 +21,49 @@ Window {
     // Closing the player window ends the player, even with the settings window still open.
     onClosing: Qt.quit()
 
-    // The floating window of picture in picture, made each time it opens.
-    Component {
-        id: pipWindowComponent
-        PiPWindow {
-            engine: window.engine
-            strip: window.app.controlStrip
-        }
-    }
-    Component.onCompleted: engine.pip.windowComponent = pipWindowComponent
-
-    PlayerView {
-        id: playerView
+    // The video comes first, and alone: with a file to open, the window shows the file's first
+    // frame while the rest of the interface is still being made. It is always there and
+    // visible, so that libmpv has its render context before the first file.
+    MPVVideoView {
+        id: video
+        objectName: "videoView"
         anchors.fill: parent
-        engine: window.engine
-        commands: window.commands
-        app: window.app
-        onOpenFileRequested: window.showOpenDialog()
-        onMenuRequested: button => playerMenu.popup(button, button.width - playerMenu.width,
-                                                    button.height + 4)
+        decoder: window.engine.decoder
+        Accessible.role: Accessible.Animation
+        Accessible.name: "Video player"
+        // Screen readers meet it only where it shows a video.
+        Accessible.ignored: !window.engine.state.isActive || window.engine.pip.isActive
+        // Picture in picture lends this very item to its floating window.
+        Component.onCompleted: window.engine.pip.videoView = video
     }
 
-    // A handler, not a mouse area: a mouse area on top would also decide the cursor, and the
-    // cursor could no longer hide over the picture.
-    TapHandler {
-        acceptedButtons: Qt.RightButton
-        onTapped: eventPoint => playerMenu.popup(eventPoint.position.x, eventPoint.position.y)
-    }
-
-    PlayerMenu {
-        id: playerMenu
-        objectName: "playerMenu"
-        app: window.app
-        onOpenFileRequested: window.showOpenDialog()
-        onOpenFolderRequested: window.showFolderDialog()
-        onSettingsRequested: window.showSettings()
-    }
-
-    Component {
-        id: openDialogComponent
-        FileDialog {
-            title: "Open"
-            fileMode: FileDialog.OpenFiles
-            nameFilters: window.app.openNameFilters
-            onAccepted: window.app.openURLs(selectedFiles)
+    // Seeks and frame steps while paused: draw the frame libmpv now has.
+    Connections {
+        target: window.engine
+        function onNeedsFrameRefreshChanged() {
+            if (!window.engine.needsFrameRefresh)
+                return
+            video.refresh()
+            window.engine.acknowledgeFrameRefresh()
         }
     }
 
-    Component {
-        id: folderDialogComponent
-        FolderDialog {
-            title: "Open Folder"
-            onAccepted: window.app.openURLs([selectedFolder])
+    // Everything over the picture. With a file being opened it is read, compiled and made in
+    // the background and in small steps between frames; at once otherwise, since the idle
+    // screen is all there is to see.
+    Loader {
+        id: playerInterface
+        objectName: "playerInterfaceLoader"
+        anchors.fill: parent
+        Component.onCompleted: {
+            // Decided once: a loader that turns synchronous half-way starts over, and loses
+            // the properties given here.
+            asynchronous = window.app.hasFilesToOpen
+            setSource("PlayerInterface.qml", {
+                engine: window.engine,
+                commands: window.commands,
+                app: window.app
+            })
         }
-    }
-
-    Component {
-        id: settingsComponent
-        SettingsWindow {
-            transientParent: window
-            keyBindings: window.app.keyBindings
-        }
-    }
-
-    Shortcut {
-        sequence: "Ctrl+O"
-        onActivated: window.showOpenDialog()
-    }
-    Shortcut {
-        sequence: "Ctrl+F"
-        onActivated: window.app.toggleFullScreen()
-    }
-    Shortcut {
-        sequence: "Ctrl+,"
-        onActivated: window.showSettings()
-    }
-    Shortcut {
-        sequence: "Ctrl+Q"
-        onActivated: Qt.quit()
-    }
-    // Leaves full screen once the player view has nothing left to close.
-    Shortcut {
-        sequence: "Escape"
-        enabled: window.engine.windowState.isFullscreen && !playerView.closesOnEscape
-        onActivated: window.app.toggleFullScreen()
     }
 }

@@ -2,10 +2,11 @@ import QtQuick
 import QtQuick.Controls
 import Velmar
 
-// The main window's content. Under everything the screen for the engine's state: the video, an
-// image, or the idle, loading and error screens. Over it the controls (the title at the top and
-// the control bar at the bottom, shown and hidden together), the on-screen display, the side
-// panel at the right edge and the shortcut guide.
+// The main window's content over the video, which lies below it. First the screen for the
+// engine's state where that is not the video: an image, or the idle, loading and error screens.
+// Over it the controls (the title at the top and the control bar at the bottom, shown and
+// hidden together), the on-screen display, the side panel at the right edge and the shortcut
+// guide.
 //
 // The mouse: any movement shows the controls and, while playing, hides them again 1.5 s after
 // the last one, with the cursor. A click on the picture toggles the controls once it is clear
@@ -127,18 +128,6 @@ Item {
         }
     }
 
-    // Always present and visible, so that libmpv has its render context before the first file.
-    MPVVideoView {
-        id: video
-        objectName: "videoView"
-        anchors.fill: parent
-        decoder: root.engine.decoder
-        Accessible.role: Accessible.Animation
-        Accessible.name: "Video player"
-        // Picture in picture lends this very item to its floating window.
-        Component.onCompleted: root.engine.pip.videoView = video
-    }
-
     // While the video plays in its floating window, this says where it went.
     Column {
         objectName: "pipPlaceholder"
@@ -156,17 +145,6 @@ Item {
             anchors.horizontalCenter: parent.horizontalCenter
             text: "Bring the Video Back"
             onClicked: root.engine.pip.exitPiP()
-        }
-    }
-
-    // Seeks and frame steps while paused: draw the frame libmpv now has.
-    Connections {
-        target: root.engine
-        function onNeedsFrameRefreshChanged() {
-            if (!root.engine.needsFrameRefresh)
-                return
-            video.refresh()
-            root.engine.acknowledgeFrameRefresh()
         }
     }
 

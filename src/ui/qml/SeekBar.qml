@@ -66,11 +66,15 @@ Item {
             picture.image = thumbnailGenerator.thumbnail(previewTime)
     }
     function dragChanged(x) {
+        const fraction = fractionAt(x)
+        // Qt repeats the last pointer event after a frame; the pointer has not moved then.
+        if (isDragging && fraction === dragProgress)
+            return
         if (!isDragging) {
             isDragging = true
             scrubBegan()
         }
-        dragProgress = fractionAt(x)
+        dragProgress = fraction
         scrub(dragProgress * duration, duration)
     }
     function dragEnded(x) {
