@@ -88,6 +88,7 @@ QString native(QKeyCombination keys)
 QVariantList windowKeys()
 {
     return {entry(QStringLiteral("Open..."), native(Qt::CTRL | Qt::Key_O)),
+            entry(QStringLiteral("Toggle Full Screen"), native(Qt::CTRL | Qt::Key_F)),
             entry(QStringLiteral("Side Panel Tabs"), native(Qt::CTRL | Qt::Key_1) +
                                                          QStringLiteral(" \u2013 ") +
                                                          native(Qt::CTRL | Qt::Key_5)),

@@ -191,13 +191,21 @@ private Q_SLOTS:
         PlaybackEngine& engine = *running.engine;
         UserCommands& commands = *running.app->commands();
         running.play(u"clip10.mp4"_s);
-        engine.pause();
 
         QVERIFY(running.openTab(2));
+        const QFileInfo file(fixturePath(u"clip10.mp4"_s));
         for (const QString& line :
-             {u"Title|clip10"_s, u"Codec|h264"_s, u"Resolution|640 \u00d7 360"_s,
-              u"Frame Rate|30.000"_s, u"Channels|Mono"_s, u"Sample Rate|48 kHz"_s})
+             {u"Title|clip10"_s, u"Size|"_s + Formats::fileSize(file.size()), u"Format|mov,mp4"_s,
+              u"Modified|"_s + Formats::dateTime(file.lastModified()), u"Codec|h264"_s,
+              u"Resolution|640 \u00d7 360"_s, u"Frame Rate|30.000"_s, u"Pixel Fmt|yuv420p"_s,
+              u"Channels|Mono"_s, u"Sample Rate|48 kHz"_s})
             QTRY_VERIFY2(running.accessibleText().contains(line), qPrintable(line));
+        // libmpv knows the bit rates once it has read a while.
+        QTRY_VERIFY_WITH_TIMEOUT(QRegularExpression(u"Bitrate\\|[1-9][0-9]* kbps.*Bitrate\\|"_s)
+                                     .match(running.accessibleText())
+                                     .hasMatch(),
+                                 10000);
+        engine.pause();
 
         QVERIFY(running.openTab(3));
         QVERIFY(running.accessibleText().contains(u"No bookmarks"_s));
@@ -240,6 +248,8 @@ private Q_SLOTS:
         QVERIFY(running.openTab(4));
         QTRY_VERIFY(running.accessibleText().contains(u"No subtitle tracks"_s));
         QVERIFY(!running.accessibleText().contains(u"No audio tracks"_s));
+        running.play(u"pq.mkv"_s); // a picture without sound
+        QTRY_VERIFY(running.accessibleText().contains(u"No audio tracks"_s));
 
         running.play(u"tracks.mkv"_s);
         QTRY_VERIFY(running.item("audioRow_2") && running.item("subtitleRow_1"));

@@ -61,6 +61,7 @@ private Q_SLOTS:
         QCOMPARE(running.engine->state().kind(), Kind::Loading);
         QVERIFY(!running.shows("loadingText"));
         QTRY_VERIFY(running.shows("loadingText"));
+        QCOMPARE(running.text("loadingText"), u"Loading..."_s);
         QVERIFY(running.shows("videoView"));
 
         // Nothing comes through the pipe: an error, with the engine's message.
@@ -68,6 +69,8 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(running.engine->state().kind(), Kind::Error, 10000);
         QTRY_VERIFY(running.accessibleText().contains(u"Cannot play \u201cslow.mp4\u201d"_s));
         QVERIFY(!running.shows("loadingText"));
+        QCOMPARE(running.item("errorIcon")->property("symbol").toString(),
+                 u"exclamationmark.triangle"_s);
 
         running.play(u"still.png"_s);
         QVERIFY(running.shows("imageView"));
@@ -157,11 +160,12 @@ private Q_SLOTS:
         running.wheel(running.center(), -24);
         QCOMPARE(engine.volume(), 0.54f);
 
-        QTest::keyClick(running.window, Qt::Key_3, Qt::ControlModifier);
-        QCOMPARE(running.sidePanelTab(), 2);
+        // Ctrl+1 to Ctrl+5 open the tabs in order; Ctrl+6 is not the panel's.
+        for (int tab : {2, 4, 1, 3, 0}) {
+            QTest::keyClick(running.window, Qt::Key(Qt::Key_1 + tab), Qt::ControlModifier);
+            QCOMPARE(running.sidePanelTab(), tab);
+        }
         QTest::keyClick(running.window, Qt::Key_6, Qt::ControlModifier);
-        QCOMPARE(running.sidePanelTab(), 2);
-        QTest::keyClick(running.window, Qt::Key_1, Qt::ControlModifier);
         QCOMPARE(running.sidePanelTab(), 0);
         QTRY_COMPARE(running.item("sidePanel")->x(), running.window->width() - 280.0);
 
@@ -273,8 +277,8 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(!running.shows("osdView"), 5000);
         running.engine->osd()->show(OSDMessage::text(u"Resumed at 00:12"_s), 5);
         QTRY_COMPARE(running.text("osdText"), u"Resumed at 00:12"_s);
-        QTest::qWait(400);
         QQuickItem* osd = running.item("osdView");
+        QTRY_COMPARE(osd->opacity(), 1.0); // faded in
         const QRect area = osd->mapRectToScene(osd->boundingRect()).toRect();
         const QImage withMessage = running.window->grabWindow();
         QTRY_VERIFY_WITH_TIMEOUT(!running.shows("osdView"), 7000);

@@ -14,6 +14,7 @@ Rectangle {
         spacing: 12
 
         SymbolIcon {
+            objectName: "errorIcon"
             anchors.horizontalCenter: parent.horizontalCenter
             symbol: "exclamationmark.triangle"
             size: 44
