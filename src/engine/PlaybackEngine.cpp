@@ -207,8 +207,11 @@ void PlaybackEngine::fail(const QString& reason)
     setState(
         PlayerState::error(QStringLiteral("Cannot play \u201c%1\u201d: %2").arg(name, reason)));
 
-    // A playlist goes on past a broken item, unless the items keep failing.
-    if (++m_failuresInARow >= kFailuresBeforeStopping || !m_playlist->hasNext())
+    // A playlist goes on past a broken item, unless the items keep failing; a file opened on
+    // its own stays on screen with its error.
+    const std::optional<PlaylistItem> item = m_playlist->currentItem();
+    if (!item || item->url != m_currentURL || ++m_failuresInARow >= kFailuresBeforeStopping ||
+        !m_playlist->hasNext())
         return;
     QTimer::singleShot(kFailureGlimpse, this, [this, generation = m_loadGeneration] {
         if (generation != m_loadGeneration || m_state.kind() != PlayerState::Kind::Error ||

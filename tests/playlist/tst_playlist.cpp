@@ -242,6 +242,14 @@ private Q_SLOTS:
                 QTest::qWait(1500); // and it stays there
                 QCOMPARE(engine.playlist()->currentIndex(), 9);
                 QVERIFY(engine.state().message().contains(QStringLiteral("broken 10.mp4")));
+
+                // A broken file opened on its own keeps its error: the playlist is not its.
+                const QString alone = folder.filePath(QStringLiteral("alone.mkv"));
+                touch(alone);
+                QCoro::waitFor(engine.load(QUrl::fromLocalFile(alone)));
+                QTest::qWait(1500);
+                QCOMPARE(engine.playlist()->currentIndex(), 9);
+                QVERIFY(engine.state().message().contains(QStringLiteral("alone.mkv")));
             }
             disconnect(connection);
         }

@@ -144,6 +144,7 @@ Item {
         Button {
             anchors.horizontalCenter: parent.horizontalCenter
             text: "Bring the Video Back"
+            font.capitalization: Font.MixedCase
             onClicked: root.engine.pip.exitPiP()
         }
     }
