@@ -88,7 +88,6 @@ QString native(QKeyCombination keys)
 QVariantList windowKeys()
 {
     return {entry(QStringLiteral("Open..."), native(Qt::CTRL | Qt::Key_O)),
-            entry(QStringLiteral("Toggle Full Screen"), native(Qt::CTRL | Qt::Key_F)),
             entry(QStringLiteral("Side Panel Tabs"), native(Qt::CTRL | Qt::Key_1) +
                                                          QStringLiteral(" \u2013 ") +
                                                          native(Qt::CTRL | Qt::Key_5)),
@@ -121,9 +120,11 @@ QVariantList ShortcutGuideModel::sections() const
             for (const KeyBinding& binding : m_manager->bindings()) {
                 if (binding.action != action)
                     continue;
-                entries[int(sectionOf(action))]
-                    << entry(PlayerActions::displayName(action),
-                             QtKeyTranslation::shortcutText(binding.keyCode, binding.modifiers));
+                QString keys = QtKeyTranslation::shortcutText(binding.keyCode, binding.modifiers);
+                // The window's menu key does the same, whatever the binding.
+                if (action == PlayerAction::toggleFullScreen)
+                    keys += QStringLiteral(", ") + native(Qt::CTRL | Qt::Key_F);
+                entries[int(sectionOf(action))] << entry(PlayerActions::displayName(action), keys);
                 break;
             }
         }

@@ -192,6 +192,8 @@ private Q_SLOTS:
         QTRY_VERIFY(running.shows("shortcutGuideCard"));
         QVERIFY(running.accessibleText().contains(u"Rotate Video|Ctrl+K"_s));
         QVERIFY(running.accessibleText().contains(u"Seek Forward (Large)|Shift+Right"_s));
+        QVERIFY(running.accessibleText().contains(u"Toggle Full Screen|Return, Ctrl+F"_s));
+        QVERIFY(running.accessibleText().contains(u"PiP \uC804\uD658|Ctrl+P"_s));
 
         // A key changed in the settings shows at once (R with the stored Shift bit).
         running.app->keyBindings()->updateBinding(PlayerAction::rotateVideo, 15, 0x20000);
