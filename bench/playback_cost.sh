@@ -3,6 +3,7 @@
 # on the same 1080p30 H.264 file shown in a 1280x720 window.
 #
 #   bench/playback_cost.sh BUILD_DIR [--rounds N] [--pointer over|outside|moving]
+#                          [--window main|pip]
 #
 # (default: 3 rounds, the pointer resting over the middle of the window)
 #
@@ -23,11 +24,14 @@
 # software and have no sound device (see bench_session.sh). The pointer is moved over the middle
 # of the window as soon as it is mapped and then left alone (--pointer outside: it stays in the
 # screen's corner; --pointer moving: it keeps nudging, so both players keep their controls up).
+# With --window pip, VelmarPlayer plays in its picture-in-picture window (Ctrl+P as soon as its
+# main window is up; a quarter of the screen wide) while mpv keeps its 1280x720 window.
 # The test file is made once in BUILD_DIR/bench/media.
 set -euo pipefail
 source "$(dirname "$0")/bench_session.sh"
 
 ROUNDS=3
+WINDOW=main
 
 # Options come after BUILD_DIR; they are checked before anything starts.
 parse_options()
@@ -37,12 +41,14 @@ parse_options()
         case $1 in
         --rounds) ROUNDS=${2:-}; shift 2 ;;
         --pointer) bench_pointer_option "${2:-}"; shift 2 ;;
+        --window) WINDOW=${2:-}; shift 2 ;;
         *) bench_die "unknown option $1" ;;
         esac
     done
 }
 parse_options "${@:2}"
 [[ $ROUNDS =~ ^[1-9][0-9]*$ ]] || bench_die "--rounds takes a positive number"
+[[ $WINDOW == main || $WINDOW == pip ]] || bench_die "--window takes 'main' or 'pip'"
 
 bench_setup "$@"
 bench_require playerctl:playerctl python3:python3
@@ -105,6 +111,15 @@ run_one()
         bench_pointer_to $centre
         [[ $BENCH_POINTER == moving ]] && bench_pointer_wander
     fi
+    if [[ $name == velmar && $WINDOW == pip ]]; then
+        bench_window_centre "$pid" >/dev/null || bench_die "no window from $name: $(tail -5 "$log")"
+        local window
+        window=$(xdotool search --onlyvisible --pid "$pid" | tail -1)
+        { xdotool windowactivate --sync "$window" && xdotool key ctrl+p; } 2>/dev/null ||
+            bench_die "could not press Ctrl+P in VelmarPlayer's window"
+        timeout 5 xdotool search --sync --onlyvisible --name "Picture in Picture" >/dev/null ||
+            bench_die "Ctrl+P opened no floating window: $(tail -5 "$log")"
+    fi
     bench_sleep_until "$(bench_add "$LAUNCHED_AT" "$WARMUP_S")"
     before=$(bench_sample "$pid") || bench_die "$name exited early: $(tail -5 "$log")"
     local frames_before frames_after
@@ -148,7 +163,7 @@ label()
     case $1 in velmar) echo VelmarPlayer ;; *) echo "$1" ;; esac
 }
 
-echo "Playback cost: $(basename "$MEDIA"), 1280x720 window, CPU over seconds $WARMUP_S-$MEASURED_UNTIL_S, pointer $BENCH_POINTER"
+echo "Playback cost: $(basename "$MEDIA"), 1280x720 window (VelmarPlayer: $WINDOW window), CPU over seconds $WARMUP_S-$MEASURED_UNTIL_S, pointer $BENCH_POINTER"
 echo "machine: $(nproc) cores, load average $(bench_load) at start"
 for ((round = 1; round <= ROUNDS; round++)); do
     echo "round $round (load average $(bench_load))"

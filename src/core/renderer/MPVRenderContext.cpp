@@ -4,6 +4,7 @@
 #include "base/StartupTrace.h"
 #include "MPVRenderClient.h"
 
+#include <malloc.h>
 #include <mpv/render_gl.h>
 #include <QOpenGLContext>
 #include <QThread>
@@ -78,6 +79,11 @@ MPVRenderContext::~MPVRenderContext()
     m_client->parkVideoOutput();
     // Waits until the core has closed the video output that used this context.
     mpv_render_context_free(m_context);
+    // Its textures and framebuffers (tens of megabytes in a software renderer) were allocated
+    // on this thread; the allocator keeps such freed memory for this thread's next requests,
+    // which the next window's render thread never makes. They go back to the system before
+    // that window makes its own.
+    malloc_trim(0);
     m_client->releaseRenderContext();
 }
 
