@@ -143,6 +143,25 @@ private Q_SLOTS:
         // Playing again, they go after the usual delay without any movement.
         running.engine->play();
         QTRY_VERIFY(!running.controlsShown());
+
+        // With the right-click menu open, the keys move through the menu and leave playback
+        // alone; Esc closes the menu, not full screen.
+        running.window->requestActivate();
+        QVERIFY(QTest::qWaitForWindowActive(running.window));
+        QTest::mouseClick(running.window, Qt::RightButton, {}, at);
+        auto* menu = running.playerInterface()->findChild<QObject*>(u"playerMenu"_s);
+        QTRY_VERIFY(menu->property("opened").toBool());
+        const float volume = running.engine->volume();
+        const double position = running.engine->currentTime();
+        for (Qt::Key key : {Qt::Key_Down, Qt::Key_Down, Qt::Key_Up, Qt::Key_Right, Qt::Key_Left})
+            QTest::keyClick(running.window, key);
+        QCOMPARE(running.engine->volume(), volume);
+        QVERIFY(qAbs(running.engine->currentTime() - position) < 2);
+        QCOMPARE(menu->property("currentIndex").toInt(), 0);
+        QTest::keyClick(running.window, Qt::Key_Escape);
+        QTRY_VERIFY(!menu->property("opened").toBool());
+        QVERIFY(running.engine->windowState()->isFullscreen());
+        QCOMPARE(running.engine->state().kind(), Kind::Playing);
     }
 
     void wheelKeysAndTheShortcutGuide()
