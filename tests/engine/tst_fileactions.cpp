@@ -179,7 +179,6 @@ private Q_SLOTS:
         QQmlComponent floating(&qml);
         floating.setData("import QtQuick\nWindow { Item { objectName: \"videoHost\" } }", QUrl());
         PiPManager pip;
-        pip.setWindowComponent(&floating);
         int toggles = 0;
         pip.onTogglePlayPause = [&] { ++toggles; };
         int returns = 0;
@@ -195,9 +194,18 @@ private Q_SLOTS:
         holder.setParentItem(mainWindow->contentItem());
         video.setParentItem(&holder); // no size
         QVERIFY(pip.isPossible());
+        // Asked for while the interface that declares the floating window still loads: taken
+        // back, nothing happens when it arrives; left standing, it enters then.
+        pip.toggle();
+        pip.toggle();
+        pip.setWindowComponent(&floating);
+        QVERIFY(!pip.isActive());
+        pip.setWindowComponent(nullptr);
         pip.enterPiP();
-        pip.enterPiP();
+        QVERIFY(!pip.isActive());
+        pip.setWindowComponent(&floating);
         QVERIFY(pip.isActive());
+        pip.enterPiP();
         QCOMPARE(pip.lockedAspectRatio(), std::nullopt);
         const QWindowList windows = QGuiApplication::topLevelWindows();
         QCOMPARE(std::count_if(windows.begin(), windows.end(),

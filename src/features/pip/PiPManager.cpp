@@ -64,6 +64,8 @@ void PiPManager::setWindowComponent(QQmlComponent* component)
         return;
     m_windowComponent = component;
     Q_EMIT windowComponentChanged();
+    if (m_windowComponent && std::exchange(m_enterWhenComponentArrives, false))
+        enterPiP();
 }
 
 void PiPManager::updateIsPossible()
@@ -79,11 +81,24 @@ void PiPManager::setPlaying(bool playing)
         Q_EMIT playingChanged();
 }
 
+void PiPManager::toggle()
+{
+    if (m_isActive)
+        exitPiP();
+    else if (std::exchange(m_enterWhenComponentArrives, false))
+        return;
+    else
+        enterPiP();
+}
+
 void PiPManager::enterPiP()
 {
-    if (!m_videoView || !m_videoView->window() || !m_videoView->parentItem() || m_isActive ||
-        !m_windowComponent)
+    if (!m_videoView || !m_videoView->window() || !m_videoView->parentItem() || m_isActive)
         return;
+    if (!m_windowComponent) {
+        m_enterWhenComponentArrives = true;
+        return;
+    }
     // In the context the component was declared in, so that its bindings reach what it names.
     QObject* created = m_windowComponent->create(m_windowComponent->creationContext());
     auto* window = qobject_cast<QQuickWindow*>(created);

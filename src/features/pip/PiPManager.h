@@ -61,9 +61,11 @@ public:
     /// Toggles playback; set by whoever acts for the user.
     std::function<void()> onTogglePlayPause;
 
+    /// Asked for before the floating window's component arrives (the interface that declares
+    /// it loads after the first frame), entering waits for it; asking again cancels.
     Q_INVOKABLE void enterPiP();
     Q_INVOKABLE void exitPiP();
-    Q_INVOKABLE void toggle() { m_isActive ? exitPiP() : enterPiP(); }
+    Q_INVOKABLE void toggle();
 
     // The floating window's controls. Play, pause and stop all toggle playback: stop does
     // not end the file or close the window.
@@ -91,6 +93,7 @@ private:
     bool m_isActive = false;
     bool m_isPossible = false;
     bool m_playing = false;
+    bool m_enterWhenComponentArrives = false;
     QPointer<QQuickItem> m_videoView;
     QPointer<QQmlComponent> m_windowComponent;
     QPointer<QQuickWindow> m_floatingWindow;
