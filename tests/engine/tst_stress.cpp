@@ -1,7 +1,7 @@
-// The player under strain: thousands of commands while the video renders, files handed over
-// faster than libmpv opens them, and a library that another program keeps locked. Nothing may
-// hang or crash, the last request must win, and nothing handed to the library may be lost.
-#include "app/OpeningRule.h"
+// The player under strain: thousands of commands while the video renders, files opened faster
+// than libmpv opens them, and a library that another program keeps locked. Nothing may hang or
+// crash, the last request must win, and nothing handed to the library may be lost. (Files
+// handed over by later launches: tests/e2e/handover_storm.sh.)
 #include "app/Player.h"
 #include "app/UserCommands.h"
 #include "engine/PlaybackEngine.h"
@@ -97,41 +97,6 @@ private Q_SLOTS:
             engine.play();
         const double before = engine.currentTime();
         QTRY_VERIFY_WITH_TIMEOUT(engine.currentTime() != before, 5000);
-    }
-
-    // Files handed over a few at a time, with remote seeks between them, as a desktop does
-    // when the user opens many files from a file manager.
-    void handOverStorm()
-    {
-        TestPlayer player;
-        PlaybackEngine& engine = player.engine();
-        QVERIFY(player.show());
-        player.expectLibmpvErrors(); // the truncated file
-        const QList<QUrl> files = {
-            fixtureUrl(QStringLiteral("clip10.mp4")), fixtureUrl(QStringLiteral("clip30.mp4")),
-            fixtureUrl(QStringLiteral("clip60.mp4")), fixtureUrl(QStringLiteral("truncated.mp4"))};
-        // A loaded machine lets libmpv's reports pile up between two turns of the event loop;
-        // the stalls below make that happen every time.
-        auto stall = [](int ms) { QThread::msleep(ulong(ms)); };
-        QRandomGenerator random(1123);
-        for (int handOver = 0; handOver < 40; ++handOver) {
-            QList<QUrl> batch;
-            for (int i = 0, n = 1 + random.bounded(3); i < n; ++i)
-                batch << files.at(random.bounded(files.size()));
-            OpeningRule::open(&engine, &player.commands(), batch);
-            stall(random.bounded(60));
-            OpeningRule::open(&engine, &player.commands(),
-                              {files.at(random.bounded(files.size()))});
-            stall(100 + random.bounded(200));
-            engine.seek(random.bounded(8.0));
-            QTest::qWait(random.bounded(120));
-        }
-        // The last request wins, with its own duration and tracks.
-        player.open(files.at(2));
-        QCOMPARE(engine.state().kind(), Kind::Playing);
-        QCOMPARE(engine.currentURL(), files.at(2));
-        QVERIFY(qAbs(engine.duration() - 60.0) < 0.5);
-        QTRY_COMPARE(engine.tracks()->audioTracks().size(), 1);
     }
 
     // A user clicking through files faster than they open: good, broken and short ones in a
