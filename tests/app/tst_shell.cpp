@@ -10,6 +10,7 @@
 #include "engine/PlaybackEngine.h"
 #include "features/playlist/PlaybackHistoryManager.h"
 #include "features/playlist/PlaylistManager.h"
+#include "features/track/TrackManager.h"
 #include "features/window/WindowState.h"
 #include "infrastructure/keybinding/KeyBindingManager.h"
 #include "infrastructure/keybinding/QtKeyTranslation.h"
@@ -98,6 +99,7 @@ private Q_SLOTS:
     void openingRuleForFilesAndFolders()
     {
         MediaFolder folder;
+        QTemporaryDir other; // no videos in it
         TestPlayer player;
         QVERIFY(player.show());
         PlaybackEngine* engine = &player.engine();
@@ -127,7 +129,6 @@ private Q_SLOTS:
         QCOMPARE(engine->currentURL(), fixtureUrl(QStringLiteral("clip10.mp4")));
 
         // Only folders among several items: nothing changes.
-        QTemporaryDir other;
         open(player, {QUrl::fromLocalFile(folder.dir.path()), QUrl::fromLocalFile(other.path())});
         QCOMPARE(playlistNames(playlist), QStringList{u"clip10.mp4"_s});
         QCOMPARE(engine->currentURL(), fixtureUrl(QStringLiteral("clip10.mp4")));
@@ -140,11 +141,26 @@ private Q_SLOTS:
         QCOMPARE(engine->currentURL(), fixtureUrl(QStringLiteral("clip10.mp4")));
 
         // A subtitle file joins the video that plays instead of replacing it.
-        const QString srt = folder.path(QStringLiteral("extra.srt"));
+        // (Subtitles are kept apart from the videos, so that libmpv does not find them itself.)
+        const QString srt = other.filePath(QStringLiteral("extra.srt"));
         QFile(fixturePath(QStringLiteral("embedded-subtitles.srt"))).copy(srt);
         open(player, {QUrl::fromLocalFile(srt)});
         QCOMPARE(engine->currentURL(), fixtureUrl(QStringLiteral("clip10.mp4")));
         QTRY_COMPARE(player.osdText(), u"Subtitle loaded: extra.srt"_s);
+
+        // Subtitles dropped together with a folder, or with several videos, join the video
+        // that starts.
+        const QUrl dropped = QUrl::fromLocalFile(other.filePath(u"dropped.srt"_s));
+        QFile(srt).copy(dropped.toLocalFile());
+        const QList<std::pair<QList<QUrl>, QString>> drops = {
+            {{QUrl::fromLocalFile(folder.dir.path()), dropped}, u"a.mp4"_s},
+            {{folder.url(u"b.mp4"_s), dropped, folder.url(u"a.mp4"_s)}, u"b.mp4"_s}};
+        for (const auto& [drop, starting] : drops) {
+            open(player, drop);
+            QCOMPARE(engine->currentURL(), folder.url(starting));
+            QTRY_COMPARE(engine->tracks()->subtitleTracks().size(), 1);
+            QTRY_COMPARE(player.osdText(), u"Subtitle loaded: dropped.srt"_s);
+        }
 
         // Two folders opened in quick succession: the later one wins, and plays once.
         QSignalSpy loads(engine, &PlaybackEngine::currentURLChanged);
