@@ -3,6 +3,7 @@
 #include "engine/PlaybackEngine.h"
 #include "features/playlist/PlaylistManager.h"
 #include "model/MediaExtensions.h"
+#include "model/MediaFiles.h"
 #include "UserCommands.h"
 
 #include <algorithm>
@@ -28,11 +29,10 @@ Sorted sort(const QList<QUrl>& urls)
 {
     Sorted sorted;
     for (const QUrl& url : urls) {
-        const QFileInfo info(url.toLocalFile());
-        if (url.isLocalFile() && info.isDir()) {
+        if (MediaFiles::isFolder(url)) {
             sorted.folders << url;
             sorted.items << url;
-        } else if (MediaExtensions::subtitle.contains(info.suffix().toLower())) {
+        } else if (MediaExtensions::subtitle.contains(QFileInfo(url.path()).suffix().toLower())) {
             sorted.subtitles << url;
         } else {
             sorted.files << url;
@@ -72,7 +72,7 @@ QCoro::Task<std::optional<QUrl>> openItems(QPointer<PlaybackEngine> engine,
             co_return std::nullopt; // a later request took over the playlist meanwhile
         if (playlist->items().isEmpty()) {
             commands->say(QStringLiteral("No videos in \u201c%1\u201d")
-                              .arg(QFileInfo(folder.toLocalFile()).fileName()));
+                              .arg(QFileInfo(folder.path()).fileName()));
             co_return std::nullopt;
         }
     } else {

@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <clocale>
+#include <QFile>
 
 namespace {
 
@@ -155,7 +156,7 @@ void MPVDecoder::setMPVString(const char* name, const QString& value)
     setProperty(name, MPV_FORMAT_STRING, &text);
 }
 
-QCoro::Task<int> MPVDecoder::commandResult(const QStringList& args)
+QCoro::Task<int> MPVDecoder::commandResult(QList<QByteArray> args)
 {
     if (!m_mpv)
         co_return MPV_ERROR_UNINITIALIZED;
@@ -347,10 +348,9 @@ void MPVDecoder::selectSubtitleTrack(qint64 id)
     setProperty(MPVName::sid, MPV_FORMAT_INT64, &value);
 }
 
-QCoro::Task<bool> MPVDecoder::addSubtitle(const QString& path)
+QCoro::Task<bool> MPVDecoder::addSubtitle(const QByteArray& path)
 {
-    QCoro::Task<int> adding =
-        commandResult({QStringLiteral("sub-add"), path, QStringLiteral("select")});
+    QCoro::Task<int> adding = commandResult({"sub-add", path, "select"});
     const int status = co_await adding;
     co_return status >= 0;
 }
@@ -365,7 +365,7 @@ void MPVDecoder::removeSubtitle(qint64 id)
 QCoro::Task<bool> MPVDecoder::screenshot(const QString& path)
 {
     QCoro::Task<int> writing =
-        commandResult({QStringLiteral("screenshot-to-file"), path, QStringLiteral("video")});
+        commandResult({"screenshot-to-file", QFile::encodeName(path), "video"});
     const int status = co_await writing;
     co_return status >= 0;
 }

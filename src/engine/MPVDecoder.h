@@ -93,8 +93,8 @@ public:
     void selectAudioTrack(qint64 id);
     /// 0 turns subtitles off.
     void selectSubtitleTrack(qint64 id);
-    /// Loads a subtitle file and selects it; true when libmpv took it.
-    QCoro::Task<bool> addSubtitle(const QString& path);
+    /// Loads a subtitle file (named by its bytes) and selects it; true when libmpv took it.
+    QCoro::Task<bool> addSubtitle(const QByteArray& path);
     void removeSubtitle(qint64 id);
     /// Writes the current video frame (without subtitles or OSD) to `path`; libmpv encodes it
     /// on its own threads. True when the file was written.
@@ -140,7 +140,7 @@ private:
     void setupMPV();
     void checkError(int status);
     void setProperty(const char* name, mpv_format format, void* data);
-    QCoro::Task<int> commandResult(const QStringList& args);
+    QCoro::Task<int> commandResult(QList<QByteArray> args);
     void finishLoad(LoadOutcome::Kind kind, const QString& reason = {});
     velmar::Completion<bool>& startSeek(double target);
     void finishSeek();

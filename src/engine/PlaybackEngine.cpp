@@ -110,7 +110,8 @@ QCoro::Task<void> PlaybackEngine::load(QUrl url)
 
     if (MediaFiles::isImage(url)) {
         m_decoder->stop(); // images never reach libmpv: no sound may run on behind one
-        QFuture<QImage> reading = QtConcurrent::run(MediaFiles::readImage, url.toLocalFile());
+        QFuture<QImage> reading =
+            QtConcurrent::run(MediaFiles::readImage, MediaFiles::localPath(url));
         const QImage image = co_await reading;
         if (superseded())
             co_return;
@@ -126,7 +127,7 @@ QCoro::Task<void> PlaybackEngine::load(QUrl url)
     m_tracks->reset();
     // The dates complete the media information whenever the disk answers; playback never
     // waits for them.
-    m_fileDates = QtConcurrent::run(MediaFiles::dates, url.toLocalFile());
+    m_fileDates = QtConcurrent::run(MediaFiles::dates, MediaFiles::localPath(url));
     m_fileDates.then(this, [this](const auto&) { refreshMediaInfo(); });
     MPVDecoder::LoadOutcome outcome;
     try {

@@ -12,6 +12,7 @@
 #include "features/osd/OSDManager.h"
 #include "features/pip/PiPManager.h"
 #include "features/playlist/PlaybackHistoryManager.h"
+#include "features/playlist/PlaylistManager.h"
 #include "features/track/TrackManager.h"
 #include "infrastructure/mpv/MPVProperties.h"
 #include "model/MediaFiles.h"
@@ -221,17 +222,33 @@ private Q_SLOTS:
         QCOMPARE(engine.state(), PlayerState::error(QStringLiteral(
                                      "Cannot play \u201cx.mkv\u201d: it did not open in time")));
 
-        // A name that is not UTF-8 is passed on as the bytes it is, and the file plays.
-        const QByteArray oddName = QFile::encodeName(dir.path()) + "/caf\xe9 \xff.mp4";
-        std::filesystem::copy_file(
-            QFile::encodeName(fixturePath(QStringLiteral("clip10.mp4"))).toStdString(),
-            oddName.toStdString());
+        // Names that are not UTF-8 reach the disk and libmpv as the bytes they are: a folder
+        // scan finds such a file, which plays with its dates read, takes such a subtitle, and
+        // such an image shows.
+        const QByteArray oddFolder = QFile::encodeName(dir.path()) + "/d\xe9j\xe0";
+        const QByteArray oddName = oddFolder + "/caf\xe9 \xff.mp4";
+        std::filesystem::create_directory(oddFolder.toStdString());
+        for (const auto& [fixture, copy] :
+             {std::pair{"clip10.mp4", oddName},
+              std::pair{"still.png", oddFolder + "/\xe9t\xe9.png"},
+              std::pair{"embedded-subtitles.srt", oddFolder + "/s\xe9.srt"}})
+            std::filesystem::copy_file(
+                QFile::encodeName(fixturePath(QLatin1String(fixture))).toStdString(),
+                copy.toStdString());
         const QUrl oddUrl = MediaFiles::urlForLocalPath(oddName);
         QCOMPARE(MediaFiles::localPath(oddUrl), oddName);
+        QCoro::waitFor(engine.playlist()->addFolder(MediaFiles::urlForLocalPath(oddFolder)));
+        QCOMPARE(engine.playlist()->items().size(), 1);
+        QCOMPARE(engine.playlist()->items().constFirst().url, oddUrl);
         player.open(oddUrl);
         QCOMPARE(engine.state().kind(), Kind::Playing);
         QVERIFY(qAbs(engine.duration() - 10.0) < 0.1);
-        std::filesystem::remove(oddName.toStdString()); // Qt could not name it to remove it
+        QTRY_VERIFY(engine.mediaInfo() && engine.mediaInfo()->modifiedAt);
+        player.commands().addSubtitles({MediaFiles::urlForLocalPath(oddFolder + "/s\xe9.srt")});
+        QTRY_COMPARE(engine.tracks()->subtitleTracks().size(), 1);
+        player.open(MediaFiles::urlForLocalPath(oddFolder + "/\xe9t\xe9.png"));
+        QCOMPARE(engine.displayedImage().size(), QSize(320, 240));
+        std::filesystem::remove_all(oddFolder.toStdString()); // Qt could not name them to remove
     }
 
     void tracksMediaInformationAndColours()
