@@ -305,7 +305,8 @@ void MPVDecoder::setAudioDelay(double delay)
 
 void MPVDecoder::setRotation(int degrees)
 {
-    int64_t value = degrees;
+    // libmpv takes 0…359 only; -90 is the same turn as 270.
+    int64_t value = ((degrees % 360) + 360) % 360;
     setProperty(MPVName::videoRotate, MPV_FORMAT_INT64, &value);
 }
 

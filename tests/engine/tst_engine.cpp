@@ -116,6 +116,12 @@ private Q_SLOTS:
         QVERIFY(!engine.isSeeking());
         QCOMPARE(engine.currentTime(), 4.0);
         QVERIFY(qAbs(mpv<double>(engine, "time-pos").value_or(-1) - 4.0) < 0.05);
+        for (double nowhere : {qQNaN(), qInf()}) { // a seek bar of zero width asks for these
+            engine.scrub(nowhere);
+            seek(engine, nowhere);
+            QCoro::waitFor(engine.seekRelative(nowhere));
+        }
+        QCOMPARE(engine.currentTime(), 4.0);
         player.commands().seekBy(3);
         QVERIFY(qAbs(engine.currentTime() - 7.0) < 0.1);
         QCOMPARE(player.osdText(), QStringLiteral("00:07 / 00:30"));
@@ -163,11 +169,20 @@ private Q_SLOTS:
             commands.adjustVolume(0.1f); // at the limit: no change, no message
             QCOMPARE(messages.count(), 0);
             commands.setVolume(0.5f);
+            // What is not a number (a slider divided by a zero width) changes nothing, and a
+            // speed is one the player offers.
+            commands.setVolume(qQNaN());
+            engine.setVolume(qInf());
+            QCOMPARE(engine.volume(), 0.5f);
 
             commands.cyclePlaybackRate();
             QCOMPARE(engine.playbackRate(), 1.25f);
             QCOMPARE(player.osdText(), QStringLiteral("1.2x"));
-            engine.setPlaybackRate(4.0f);
+            for (float notASpeed : {float(qQNaN()), float(qInf()), 0.0f, -2.0f})
+                engine.setPlaybackRate(notASpeed);
+            QCOMPARE(engine.playbackRate(), 1.25f);
+            engine.setPlaybackRate(100.0f);
+            QCOMPARE(engine.playbackRate(), 4.0f);
             engine.cyclePlaybackRate();
             QCOMPARE(engine.playbackRate(), 0.25f);
             engine.setPlaybackRate(1.1f); // not in the list: back to normal

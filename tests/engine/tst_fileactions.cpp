@@ -64,10 +64,12 @@ private Q_SLOTS:
         commands.setRotation(450);
         QCOMPARE(engine.videoRotation(), 90);
         QCOMPARE(player.osdText(), QStringLiteral("Rotation: 90\u00b0"));
-        commands.rotate(false);
-        commands.rotate(false);
-        QCOMPARE(engine.videoRotation(), 270);
+        QTRY_COMPARE(mpv<qint64>(engine, "video-rotate"), std::optional<qint64>(90));
+        commands.setRotation(-90); // kept as asked; libmpv, which takes 0…359, gets 270
+        QCOMPARE(engine.videoRotation(), -90);
         QTRY_COMPARE(mpv<qint64>(engine, "video-rotate"), std::optional<qint64>(270));
+        commands.rotate(false);
+        QCOMPARE(engine.videoRotation(), 180);
         commands.setAudioDelay(7);
         QCOMPARE(player.osdText(), QStringLiteral("Audio delay: +5.00s"));
         commands.adjustAudioDelay(-5.25);

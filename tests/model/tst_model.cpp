@@ -258,13 +258,19 @@ private Q_SLOTS:
         QCOMPARE(picture.contrast, 0);
         QCOMPARE(picture.videoFilters, QStringLiteral("unsharp=la=0.5"));
         QVERIFY(!picture.deband && !picture.debandThreshold);
-        // Stored values far outside a parameter's range come back inside it.
+        // Stored or slid values far outside a parameter's range come back inside it, and what
+        // is not a number changes nothing.
         filters.apply(
             FilterState{QStringLiteral("deband"), true, {{QStringLiteral("threshold"), 1e30f}}});
         QCOMPARE(filters.pictureSettings().debandThreshold, std::optional<qint64>(128));
         filters.apply(
             FilterState{QStringLiteral("deband"), true, {{QStringLiteral("threshold"), qQNaN()}}});
         QCOMPARE(filters.pictureSettings().debandThreshold, std::optional<qint64>(48));
+        filters.setFilter(QStringLiteral("deband"), true, qQNaN());
+        filters.setFilter(QStringLiteral("deband"), true, -qInf());
+        QCOMPARE(filters.pictureSettings().debandThreshold, std::optional<qint64>(48));
+        filters.setFilter(QStringLiteral("deband"), true, 1e30f);
+        QCOMPARE(filters.pictureSettings().debandThreshold, std::optional<qint64>(128));
 
         VideoAdjustments adjustments;
         adjustments.setRotation(450);
