@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # The player as a user meets it, under a window manager: started on a file, driven with real X
-# key presses, ended by the desktop (SIGTERM) and by closing its window, each time keeping its
-# place, floating its video in picture in picture, and handed files by later launches, one of
-# them named in bytes that are not UTF-8.
+# key presses, ended by the desktop (SIGTERM, SIGINT, SIGHUP), by a crash and by closing its
+# window, each time keeping its place, floating its video in picture in picture, and handed
+# files by later launches, one of them named in bytes that are not UTF-8.
 # Needs an X display and a session bus (the suite provides both).
 #   desktop_session.sh PLAYER FIXTURE_DIR
 set -euo pipefail
@@ -99,18 +99,33 @@ press m "Unmuted"
 press r "1.2x"
 press ctrl+k "Rotation: 90°"
 
-# The desktop logging out: the place and the rotation are kept.
-playerctl -p velmarplayer position 20
-kill -TERM "$pid"
-expect_exit SIGTERM
-position=$(stored_position clip30.mp4)
-[ -n "$position" ] && [ "$position" -ge 19 ] && [ "$position" -le 22 ] ||
-  fail "clip30.mp4 was stored at \"$position\" s, not about 20"
+# The desktop logging out (SIGTERM), Ctrl+C in a terminal (SIGINT) and a closed terminal
+# (SIGHUP) all quit in order, keeping the place, and the rotation set above.
+expect_stored_between() {
+  position=$(stored_position clip30.mp4)
+  [ -n "$position" ] && [ "$position" -ge "$1" ] && [ "$position" -le "$2" ] ||
+    fail "clip30.mp4 was stored at \"$position\" s, not within $1 to $2 s"
+}
+for quit in TERM:20 INT:14 HUP:8; do
+  [ "${quit%:*}" = TERM ] || start "$fixtures/clip30.mp4" "clip30"
+  playerctl -p velmarplayer position "${quit#*:}"
+  kill -"${quit%:*}" "$pid"
+  expect_exit "SIG${quit%:*}"
+  expect_stored_between "${quit#*:}" $((${quit#*:} + 2))
+done
 stored_settings clip30.mp4 | grep -q '"rotation":90' || fail "the rotation was not kept: $(stored_settings clip30.mp4)"
 
+# A crash loses no more than the last few seconds: the place is saved while playing.
 start "$fixtures/clip30.mp4" "clip30"
-expect_line "[OSDManager] Resumed at 00:2"
-echo "ok: the next start resumed at $(grep -o 'Resumed at [0-9:]*' "$log" | head -1)"
+expect_line "[OSDManager] Resumed at 00:08"
+playerctl -p velmarplayer position 16
+for _ in $(seq 100); do [ "$(stored_position clip30.mp4)" -ge 16 ] && break; sleep 0.1; done
+kill -KILL "$pid"
+wait "$pid" 2>/dev/null || true
+expect_stored_between 16 22
+start "$fixtures/clip30.mp4" "clip30"
+expect_line "[OSDManager] Resumed at 00:$position"
+echo "ok: after a crash the next start resumed at 00:$position"
 
 # Picture in picture: Ctrl+P floats the video in a window above the others, where it keeps
 # moving; Ctrl+P there brings it back and leaves one window.
@@ -151,11 +166,13 @@ done
 expect_status Playing
 echo "ok: a file named in non-UTF-8 bytes plays"
 
-# Closing the window (through the window manager) keeps the place too.
+# Closing the window (through the window manager) keeps the place and the settings too.
 playerctl -p velmarplayer position 33
+press ctrl+k "Rotation: 90°"
 xdotool key --clearmodifiers alt+F4
 expect_exit "closing the window"
 position=$(sqlite3 "$library" "SELECT CAST(last_position AS INTEGER) FROM playback_history WHERE video_url = 'file://$work/caf%E9.mp4'")
 [ -n "$position" ] && [ "$position" -ge 32 ] && [ "$position" -le 35 ] ||
   fail "the closed file was stored at \"$position\" s, not about 33"
-echo "ok: closing the window kept the place"
+stored_settings 'caf%.mp4' | grep -q '"rotation":90' || fail "the closed file's rotation was not kept"
+echo "ok: closing the window kept the place and the rotation"

@@ -245,8 +245,18 @@ private Q_SLOTS:
     {
         const QUrl a = fixtureUrl(QStringLiteral("clip30.mp4"));
         const QUrl b = fixtureUrl(QStringLiteral("clip60.mp4"));
+        const QUrl brokenOff = fixtureUrl(QStringLiteral("broken-off.mp4"));
+        double brokeOffAt = 0;
         {
             TestPlayer player;
+            player.expectLibmpvErrors(); // the damaged packets where the download broke off
+            // A file that ends early keeps the place it reached.
+            player.open(brokenOff);
+            seek(player.engine(), 15.0);
+            QTRY_VERIFY_WITH_TIMEOUT(player.engine().isAtEnd(), 20000);
+            brokeOffAt = player.engine().currentTime();
+            QVERIFY2(brokeOffAt > 15.0 && brokeOffAt < 20.0,
+                     qPrintable(QString::number(brokeOffAt)));
             player.open(a);
             QCOMPARE(player.engine().history()->resumePosition(a), std::nullopt);
             seek(player.engine(), 12.0);
@@ -260,7 +270,9 @@ private Q_SLOTS:
             player.commands().setRotation(270);
         } // quit while b plays
         TestPlayer player;
-        for (const auto& [url, position, rotation] : {std::tuple(a, 12.0, 90), {b, 40.0, 270}}) {
+        player.expectLibmpvErrors();
+        for (const auto& [url, position, rotation] :
+             {std::tuple(a, 12.0, 90), {b, 40.0, 270}, {brokenOff, brokeOffAt, 0}}) {
             player.open(url);
             QCOMPARE(player.engine().state().kind(), Kind::Playing);
             QVERIFY(qAbs(player.engine().currentTime() - position) < 0.5);
