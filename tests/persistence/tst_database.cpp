@@ -1,11 +1,13 @@
 // The library database: exact schema, the one-time migration of legacy preference records
 // (marker, idempotence, rollback), the 90-day retention, damaged and unusable files, the file as
 // other tools see it, and crash safety when the writing process is killed.
+#include "app/Player.h"
 #include "app/UserCommands.h"
 #include "engine/PlaybackEngine.h"
 #include "features/bookmark/BookmarkManager.h"
 #include "features/playlist/PlaybackHistoryManager.h"
 #include "infrastructure/persistence/DatabaseManager.h"
+#include "infrastructure/persistence/Library.h"
 #include "infrastructure/persistence/LibraryTables.h"
 #include "infrastructure/preferences/Preferences.h"
 #include "model/TimeFormat.h"
@@ -15,6 +17,7 @@
 #include <QCoroTask>
 #include <QProcess>
 #include <QRandomGenerator>
+#include <unistd.h>
 
 using namespace velmar::test;
 
@@ -76,6 +79,36 @@ void storeLegacy(const QByteArray& history, const QByteArray& bookmarks, const Q
     preferences.setData(kBookmarksKey, bookmarks);
     preferences.setData(kPerFileKey, perFile);
 }
+
+/// Makes a file or folder read-only for everyone until it goes, root included: the mode bits
+/// do not stop root, the immutable attribute does.
+class ReadOnly
+{
+public:
+    explicit ReadOnly(const QString& path)
+        : m_path(path)
+    {
+        QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::ExeOwner);
+        if (geteuid() == 0)
+            QProcess::execute(QStringLiteral("chattr"), {QStringLiteral("+i"), path});
+        const QString probe = QFileInfo(path).isDir() ? path + QStringLiteral("/probe") : path;
+        m_holds = !QFile(probe).open(QIODevice::Append);
+    }
+    ~ReadOnly()
+    {
+        if (geteuid() == 0)
+            QProcess::execute(QStringLiteral("chattr"), {QStringLiteral("-i"), m_path});
+        QFile::setPermissions(m_path, QFileDevice::ReadOwner | QFileDevice::WriteOwner |
+                                          QFileDevice::ExeOwner);
+    }
+
+    /// False where nothing stops writes (root on a file system without the attribute).
+    bool holds() const { return m_holds; }
+
+private:
+    QString m_path;
+    bool m_holds = false;
+};
 
 bool anyLegacyKey()
 {
@@ -298,26 +331,45 @@ private Q_SLOTS:
             QVERIFY(player.engine().history()->resumePosition(clip) > 5.5);
         }
 
-        // A folder where the file should be: nothing can be stored, which is said once however
-        // often the player tries.
-        freshStart();
-        QVERIFY(QDir().mkpath(libraryPath()));
-        TestPlayer player;
-        const QStringList lines = printedLines([&] {
-            player.open(clip);
-            for (double at : {6.0, 8.0}) {
-                QCoro::waitFor(player.engine().seek(at));
-                player.commands().addBookmark();
-                QTest::qWait(300);
-            }
-        });
-        QCOMPARE(lines
-                     .filter(QStringLiteral("[OSDManager] History and bookmarks cannot be saved: "
-                                            "the library is not writable"))
-                     .size(),
-                 1);
-        QCOMPARE(player.engine().state().kind(), PlayerState::Kind::Playing);
-        QCOMPARE(player.engine().bookmarks()->bookmarks().size(), 2); // this session keeps them
+        // Nothing can be stored, which is said once however often the player tries: a folder
+        // where the file should be, a library file that is read-only, and one in a read-only
+        // folder.
+        auto earlierSession = [&clip] { TestPlayer(QSize(160, 90)).open(clip); };
+        const std::function<std::unique_ptr<ReadOnly>()> unwritable[] = {
+            [] { return QDir().mkpath(libraryPath()), std::unique_ptr<ReadOnly>(); },
+            [&] { return earlierSession(), std::make_unique<ReadOnly>(libraryPath()); },
+            [&] {
+                earlierSession();
+                return std::make_unique<ReadOnly>(QFileInfo(libraryPath()).absolutePath());
+            },
+        };
+        for (const auto& makeUnwritable : unwritable) {
+            freshStart();
+            const auto readOnly = makeUnwritable();
+            QVERIFY2(!readOnly || readOnly->holds(), "this file system lets root write anyway");
+            TestPlayer player;
+            const QStringList lines = printedLines([&] {
+                player.open(clip);
+                for (double at : {6.0, 8.0}) {
+                    QCoro::waitFor(player.engine().seek(at));
+                    player.commands().addBookmark();
+                }
+                // Every write has been tried once the pictures are in and the library is idle.
+                const QList<Bookmark>& kept = player.engine().bookmarks()->bookmarks();
+                QTRY_VERIFY(std::all_of(kept.begin(), kept.end(), [](const Bookmark& b) {
+                    return b.thumbnailData.has_value();
+                }));
+                QVERIFY(player.player().library().waitForPendingWrites(std::chrono::seconds(5)));
+                QCoreApplication::processEvents(); // the failures reported meanwhile
+            });
+            QCOMPARE(lines
+                         .filter(QStringLiteral("[OSDManager] History and bookmarks cannot be "
+                                                "saved: the library is not writable"))
+                         .size(),
+                     1);
+            QCOMPARE(player.engine().state().kind(), PlayerState::Kind::Playing);
+            QCOMPARE(player.engine().bookmarks()->bookmarks().size(), 2); // this session keeps them
+        }
     }
 
     void otherToolsSeeTheSameLibrary()
