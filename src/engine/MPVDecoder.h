@@ -123,8 +123,11 @@ Q_SIGNALS:
     void chaptersChanged(const QList<Chapter>& chapters);
     void audioTrackChanged(qint64 id);
     void subtitleTrackChanged(qint64 id);
-    /// "video-params/primaries" or "video-params/gamma"; a null value while unknown.
-    void videoParameterChanged(const QString& name, const QString& value);
+    /// libmpv's name of the video's transfer function ("pq", "bt.1886", ...); a null text
+    /// while the video's parameters are not known.
+    void transferFunctionChanged(const QString& name);
+    /// The same for the video's colour primaries ("bt.2020", ...).
+    void primariesChanged(const QString& name);
     void mediaInfoChanged();
     /// libmpv reached the end of the file ("eof-reached" turned true).
     void endReached();
@@ -155,7 +158,8 @@ private:
     void applyTimePosition(double seconds);
     void applyDuration(double seconds);
     void applyEndReached(qint64 entryId);
-    void applyVideoParameter(qint64 entryId, const QString& name, const QString& value);
+    void applyTransferFunction(qint64 entryId, const QString& name);
+    void applyPrimaries(qint64 entryId, const QString& name);
     void applyTracks(qint64 entryId, const QList<MediaTrack>& tracks);
     void applyChapters(qint64 entryId, const QList<Chapter>& chapters);
     void clearChapters();

@@ -58,7 +58,9 @@ PlaybackEngine::PlaybackEngine(Library& library, QObject* parent)
     connect(m_decoder, &MPVDecoder::audioTrackChanged, m_tracks, &TrackManager::setCurrentAudioID);
     connect(m_decoder, &MPVDecoder::subtitleTrackChanged, m_tracks,
             &TrackManager::setCurrentSubtitleID);
-    connect(m_decoder, &MPVDecoder::videoParameterChanged, m_hdr, &HDRManager::handleParameter);
+    connect(m_decoder, &MPVDecoder::transferFunctionChanged, m_hdr,
+            &HDRManager::updateTransferFunction);
+    connect(m_decoder, &MPVDecoder::primariesChanged, m_hdr, &HDRManager::updatePrimaries);
     connect(m_decoder, &MPVDecoder::mediaInfoChanged, this, &PlaybackEngine::refreshMediaInfo);
     connect(m_decoder, &MPVDecoder::endReached, this, &PlaybackEngine::handleEndReached);
     connect(m_decoder, &MPVDecoder::fileEnded, this, &PlaybackEngine::handleFileEnded);

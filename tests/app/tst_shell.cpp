@@ -14,6 +14,7 @@
 #include "features/window/WindowState.h"
 #include "infrastructure/keybinding/KeyBindingManager.h"
 #include "infrastructure/keybinding/QtKeyTranslation.h"
+#include "infrastructure/mpv/MPVProperties.h"
 #include "infrastructure/preferences/Preferences.h"
 #include "support/TestSupport.h"
 #include "ui/KeyBindingListModel.h"
@@ -76,8 +77,8 @@ struct RunningApp
 
     bool start()
     {
-        app->engine()->decoder()->setMPVString("ao", QStringLiteral("null"));
-        app->engine()->decoder()->setMPVString("hwdec", QStringLiteral("no"));
+        app->engine()->decoder()->setMPVString(MPVName::ao, QStringLiteral("null"));
+        app->engine()->decoder()->setMPVString(MPVName::hwdec, QStringLiteral("no"));
         return app->start({}) && QTest::qWaitForWindowExposed(app->mainWindow());
     }
     QQuickWindow* window() const { return app->mainWindow(); }

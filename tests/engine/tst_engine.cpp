@@ -56,7 +56,7 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(engine.currentTime() > 0.3, 5000); // the timer follows libmpv
 
         engine.pause();
-        QTRY_COMPARE(mpv<bool>(engine, "pause"), std::optional<bool>(true));
+        QTRY_COMPARE(mpv<bool>(engine, MPVName::pause), std::optional<bool>(true));
         const double pausedAt = engine.currentTime();
         QTest::qWait(300); // paused: the position stays put
         QCOMPARE(engine.currentTime(), pausedAt);
@@ -103,19 +103,20 @@ private Q_SLOTS:
         QSignalSpy refresh(&engine, &PlaybackEngine::needsFrameRefreshChanged);
         engine.scrubBegan();
         QCOMPARE(engine.state().kind(), Kind::Playing);
-        QTRY_COMPARE(mpv<bool>(engine, "pause"), std::optional<bool>(true));
+        QTRY_COMPARE(mpv<bool>(engine, MPVName::pause), std::optional<bool>(true));
         engine.scrub(12.0);
         QCOMPARE(engine.currentTime(), 12.0);
         QVERIFY(refresh.count() >= 1);
         engine.scrubEnded(16.0);
-        QTRY_COMPARE_WITH_TIMEOUT(mpv<bool>(engine, "pause"), std::optional<bool>(false), 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(mpv<bool>(engine, MPVName::pause), std::optional<bool>(false),
+                                  5000);
         QTRY_VERIFY_WITH_TIMEOUT(engine.currentTime() >= 16.0, 5000);
 
         engine.pause();
         seek(engine, 4.0); // resumes once libmpv has landed
         QVERIFY(!engine.isSeeking());
         QCOMPARE(engine.currentTime(), 4.0);
-        QVERIFY(qAbs(mpv<double>(engine, "time-pos").value_or(-1) - 4.0) < 0.05);
+        QVERIFY(qAbs(mpv<double>(engine, MPVName::timePos).value_or(-1) - 4.0) < 0.05);
         for (double nowhere : {qQNaN(), qInf()}) { // a seek bar of zero width asks for these
             engine.scrub(nowhere);
             seek(engine, nowhere);
@@ -140,12 +141,13 @@ private Q_SLOTS:
         seek(engine, 2.0);
         player.commands().stepFrame(true);
         QCOMPARE(player.osdText(), QStringLiteral("Frame \u2192"));
-        QTRY_VERIFY_WITH_TIMEOUT(mpv<double>(engine, "time-pos").value_or(0) > 2.02, 5000);
-        const double afterStep = *mpv<double>(engine, "time-pos");
+        QTRY_VERIFY_WITH_TIMEOUT(mpv<double>(engine, MPVName::timePos).value_or(0) > 2.02, 5000);
+        const double afterStep = *mpv<double>(engine, MPVName::timePos);
         player.commands().stepFrame(false);
         QCOMPARE(player.osdText(), QStringLiteral("\u2190 Frame"));
         QTRY_VERIFY_WITH_TIMEOUT( // one frame at 25 fps back
-            qAbs(mpv<double>(engine, "time-pos").value_or(-1) - (afterStep - 0.04)) < 0.02, 5000);
+            qAbs(mpv<double>(engine, MPVName::timePos).value_or(-1) - (afterStep - 0.04)) < 0.02,
+            5000);
     }
 
     void soundAndSpeedAreAnnouncedAndRemembered()
@@ -159,7 +161,7 @@ private Q_SLOTS:
 
             commands.setVolume(0.5f);
             QCOMPARE(player.osdText(), QStringLiteral("Volume: 50%"));
-            QTRY_COMPARE(mpv<double>(engine, "volume"), std::optional<double>(50.0));
+            QTRY_COMPARE(mpv<double>(engine, MPVName::volume), std::optional<double>(50.0));
             commands.toggleMute();
             QCOMPARE(player.osdText(), QStringLiteral("Muted"));
             commands.setVolume(0.75f);
@@ -190,7 +192,7 @@ private Q_SLOTS:
             QCOMPARE(engine.playbackRate(), 1.0f);
             engine.setPlaybackRate(2.0f); // survives opening a file, and is not remembered
             player.open(fixtureUrl(QStringLiteral("clip10.mp4")));
-            QTRY_COMPARE(mpv<double>(engine, "speed"), std::optional<double>(2.0));
+            QTRY_COMPARE(mpv<double>(engine, MPVName::speed), std::optional<double>(2.0));
         }
         {
             // The next start has the volume and mute back, and says so.
@@ -199,7 +201,8 @@ private Q_SLOTS:
             QVERIFY(player.engine().isMuted());
             QCOMPARE(player.engine().playbackRate(), 1.0f);
             QCOMPARE(player.osdText(), QStringLiteral("Muted"));
-            QTRY_COMPARE(mpv<double>(player.engine(), "volume"), std::optional<double>(50.0));
+            QTRY_COMPARE(mpv<double>(player.engine(), MPVName::volume),
+                         std::optional<double>(50.0));
         }
     }
 
@@ -212,7 +215,8 @@ private Q_SLOTS:
         QCOMPARE(engine.state().kind(), Kind::ViewingImage);
         QCOMPARE(engine.duration(), 0.0);
         QCOMPARE(engine.displayedImage().size(), QSize(320, 240));
-        QTRY_VERIFY(!mpv<QString>(engine, "path")); // the video is stopped; images skip libmpv
+        QTRY_VERIFY(
+            !mpv<QString>(engine, MPVName::path)); // the video is stopped; images skip libmpv
         engine.play();
         QCOMPARE(engine.state().kind(), Kind::ViewingImage);
         player.open(fixtureUrl(QStringLiteral("missing.png")));
@@ -298,7 +302,8 @@ private Q_SLOTS:
         player.commands().cycleSubtitleTrack();
         QCOMPARE(player.osdText(), QStringLiteral("Subtitle: Off"));
         QCOMPARE(tracks.currentSubtitleID(), 0);
-        QTRY_COMPARE(mpv<QString>(engine, "sid"), std::optional<QString>(QStringLiteral("no")));
+        QTRY_COMPARE(mpv<QString>(engine, MPVName::sid),
+                     std::optional<QString>(QStringLiteral("no")));
 
         player.open(fixtureUrl(QStringLiteral("pq.mkv")));
         QTRY_VERIFY_WITH_TIMEOUT(engine.hdr()->isHDRContent(), 5000);

@@ -51,23 +51,23 @@ private Q_SLOTS:
         filters.setFilter(QStringLiteral("contrast"), true, 2.0f);
         filters.setFilter(QStringLiteral("sharpen"), true, 0.75f);
         filters.setFilter(QStringLiteral("deband"), true, 64.0f);
-        QTRY_COMPARE(mpv<double>(engine, "contrast"), std::optional<double>(100));
-        QTRY_COMPARE(mpv<qint64>(engine, "deband-threshold"), std::optional<qint64>(64));
+        QTRY_COMPARE(mpv<double>(engine, MPVName::contrast), std::optional<double>(100));
+        QTRY_COMPARE(mpv<qint64>(engine, MPVName::debandThreshold), std::optional<qint64>(64));
         // libmpv reports option values with its length quoting ("%4%0.75").
-        QCOMPARE(mpv<QString>(engine, "vf")
+        QCOMPARE(mpv<QString>(engine, MPVName::videoFilters)
                      .value_or(QString())
                      .remove(QRegularExpression(QStringLiteral("%\\d+%"))),
                  QStringLiteral("unsharp=la=0.75"));
         filters.setFilter(QStringLiteral("contrast"), false, 2.0f); // off means neutral
-        QTRY_COMPARE(mpv<double>(engine, "contrast"), std::optional<double>(0));
+        QTRY_COMPARE(mpv<double>(engine, MPVName::contrast), std::optional<double>(0));
 
         commands.setRotation(450);
         QCOMPARE(engine.videoRotation(), 90);
         QCOMPARE(player.osdText(), QStringLiteral("Rotation: 90\u00b0"));
-        QTRY_COMPARE(mpv<qint64>(engine, "video-rotate"), std::optional<qint64>(90));
+        QTRY_COMPARE(mpv<qint64>(engine, MPVName::videoRotate), std::optional<qint64>(90));
         commands.setRotation(-90); // kept as asked; libmpv, which takes 0…359, gets 270
         QCOMPARE(engine.videoRotation(), -90);
-        QTRY_COMPARE(mpv<qint64>(engine, "video-rotate"), std::optional<qint64>(270));
+        QTRY_COMPARE(mpv<qint64>(engine, MPVName::videoRotate), std::optional<qint64>(270));
         commands.rotate(false);
         QCOMPARE(engine.videoRotation(), 180);
         commands.setAudioDelay(7);
@@ -76,7 +76,7 @@ private Q_SLOTS:
         QCOMPARE(player.osdText(), QStringLiteral("Audio delay: -0.25s"));
         commands.resetAudioDelay();
         QCOMPARE(player.osdText(), QStringLiteral("Audio delay: 0.0s"));
-        QTRY_COMPARE(mpv<double>(engine, "audio-delay"), std::optional<double>(0));
+        QTRY_COMPARE(mpv<double>(engine, MPVName::audioDelay), std::optional<double>(0));
 
         engine.pause();
         commands.setLoopPointB(); // no A yet: nothing, silently
@@ -280,10 +280,11 @@ private Q_SLOTS:
                 player.osdText(),
                 QStringLiteral("Resumed at 00:%1").arg(int(position), 2, 10, QLatin1Char('0')));
             QCOMPARE(player.engine().videoRotation(), rotation);
-            QTRY_COMPARE(mpv<qint64>(player.engine(), "video-rotate"),
+            QTRY_COMPARE(mpv<qint64>(player.engine(), MPVName::videoRotate),
                          std::optional<qint64>(rotation));
             QTRY_VERIFY_WITH_TIMEOUT(
-                qAbs(mpv<double>(player.engine(), "time-pos").value_or(0) - position) < 1.0, 3000);
+                qAbs(mpv<double>(player.engine(), MPVName::timePos).value_or(0) - position) < 1.0,
+                3000);
         }
     }
 };

@@ -177,22 +177,21 @@ private Q_SLOTS:
     void hdrFollowsTheTransferFunctionOnly()
     {
         HDRManager hdr;
-        hdr.handlePropertyChange(QStringLiteral("video-params/primaries"),
-                                 QStringLiteral("bt.2020"));
+        hdr.updatePrimaries(QStringLiteral("bt.2020"));
         QVERIFY(!hdr.isHDRContent());
         QCOMPARE(hdr.primaries(), QStringLiteral("bt.2020"));
 
-        hdr.handlePropertyChange(QStringLiteral("video-params/gamma"), QStringLiteral("pq"));
+        hdr.updateTransferFunction(QStringLiteral("pq"));
         QVERIFY(hdr.isHDRContent());
-        hdr.handlePropertyChange(QStringLiteral("video-params/gamma"), QStringLiteral("PQ"));
+        hdr.updateTransferFunction(QStringLiteral("PQ"));
         QVERIFY(!hdr.isHDRContent());
-        hdr.handlePropertyChange(QStringLiteral("video-params/gamma"), QStringLiteral("hlg"));
+        hdr.updateTransferFunction(QStringLiteral("hlg"));
         QVERIFY(hdr.isHDRContent());
-        hdr.handlePropertyChange(QStringLiteral("video-params/gamma"), std::nullopt);
+        hdr.updateTransferFunction(QString());
         QVERIFY(!hdr.isHDRContent());
         QCOMPARE(hdr.transferFunction(), QStringLiteral("bt.1886"));
 
-        hdr.handlePropertyChange(QStringLiteral("video-params/gamma"), QStringLiteral("pq"));
+        hdr.updateTransferFunction(QStringLiteral("pq"));
         hdr.reset();
         QVERIFY(!hdr.isHDRContent());
         QCOMPARE(hdr.transferFunction(), QStringLiteral("bt.1886"));

@@ -6,6 +6,7 @@
 #include "engine/MPVDecoder.h"
 #include "engine/PlaybackEngine.h"
 #include "features/osd/OSDManager.h"
+#include "infrastructure/mpv/MPVProperties.h"
 
 #include <cstdio>
 #include <cstring>
@@ -87,8 +88,8 @@ TestPlayer::TestPlayer(QSize windowSize)
     , m_view(new MPVVideoView(m_window->contentItem()))
 {
     MPVDecoder* decoder = engine().decoder();
-    decoder->setMPVString("ao", QStringLiteral("null"));
-    decoder->setMPVString("hwdec", QStringLiteral("no"));
+    decoder->setMPVString(MPVName::ao, QStringLiteral("null"));
+    decoder->setMPVString(MPVName::hwdec, QStringLiteral("no"));
     QObject::connect(decoder, &MPVDecoder::errorLogged, decoder, [this](const QString& text) {
         // The silent output's own bookkeeping complaint when playback resumes after a pause;
         // sound is not what these tests look at.
