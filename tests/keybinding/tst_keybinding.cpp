@@ -11,6 +11,7 @@
 #include "infrastructure/keybinding/QtKeyTranslation.h"
 #include "infrastructure/preferences/Preferences.h"
 #include "support/TestSupport.h"
+#include "ui/SettingsModel.h"
 
 #include <QCoroTask>
 #include <QJsonArray>
@@ -28,6 +29,15 @@ namespace {
 void storeBindings(const QByteArray& data)
 {
     Preferences().setData(PreferenceKeys::keyBindings, data);
+}
+
+/// The settings file as it is on disk.
+QByteArray settingsFile()
+{
+    QFile file(QSettings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("VelmarPlayer"),
+                         QStringLiteral("VelmarPlayer"))
+                   .fileName());
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 /// A main window that can take the keyboard focus, with a text field in it, and a binding
@@ -154,7 +164,10 @@ private Q_SLOTS:
             QSignalSpy changed(&manager, &KeyBindingManager::bindingsChanged);
             manager.updateBinding(PlayerAction::toggleMute, 0, KeyModifier::command);
             QCOMPARE(changed.size(), 1);
+            // The file is written a moment later off the GUI thread, or when the manager goes.
+            QVERIFY(!settingsFile().contains(PreferenceKeys::keyBindings.toLatin1()));
         }
+        QVERIFY(settingsFile().contains(PreferenceKeys::keyBindings.toLatin1()));
         KeyBindingManager reloaded;
         const auto mute =
             std::find_if(reloaded.bindings().begin(), reloaded.bindings().end(),
@@ -271,15 +284,17 @@ private Q_SLOTS:
         QCOMPARE(engine.state().kind(), Kind::Paused);
         QCOMPARE(player.osdText(), QStringLiteral("Paused"));
 
-        // Seek steps come from the preferences at every press; non-positive means default.
+        // Seek steps set in the settings take effect on the very next press, before the file
+        // has them; non-positive means default.
         QCoro::waitFor(engine.seek(2.0));
-        Preferences().setDouble(PreferenceKeys::seekSmallStep, 12.0);
+        SettingsModel settings;
+        settings.setSeekSmallStep(12.0);
         keys.execute(PlayerAction::seekForwardSmall);
         QTRY_COMPARE_WITH_TIMEOUT(qRound(engine.currentTime()), 14, 5000);
-        Preferences().setDouble(PreferenceKeys::seekSmallStep, 0.0);
+        settings.setSeekSmallStep(0.0);
         keys.execute(PlayerAction::seekBackwardSmall);
         QTRY_COMPARE_WITH_TIMEOUT(qRound(engine.currentTime()), 9, 5000);
-        Preferences().setDouble(PreferenceKeys::seekLargeStep, 15.0);
+        settings.setSeekLargeStep(15.0);
         keys.execute(PlayerAction::seekForwardLarge);
         QTRY_COMPARE_WITH_TIMEOUT(qRound(engine.currentTime()), 24, 5000);
 
