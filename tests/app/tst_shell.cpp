@@ -250,9 +250,10 @@ private Q_SLOTS:
         geometry.toggleFullScreen();
         QTRY_VERIFY(state.isFullscreen());
         QCOMPARE(state.priorWindowedFrame(), std::optional(QRectF(windowed)));
-        // Moves in full screen are not remembered.
-        window.setGeometry(0, 0, 1920, 1080);
-        QTest::qWait(50);
+        // Moves in full screen are not remembered, even once they have settled.
+        QSignalSpy settled(&geometry, &MainWindowGeometry::frameSettled);
+        window.setGeometry(100, 100, 1600, 900);
+        QVERIFY(settled.wait());
         QCOMPARE(state.loadSavedFrame(), std::optional(QRectF(windowed)));
 
         geometry.toggleFullScreen();

@@ -245,18 +245,17 @@ private Q_SLOTS:
     {
         const QUrl a = fixtureUrl(QStringLiteral("clip30.mp4"));
         const QUrl b = fixtureUrl(QStringLiteral("clip60.mp4"));
-        const QUrl brokenOff = fixtureUrl(QStringLiteral("broken-off.mp4"));
-        double brokeOffAt = 0;
+        const QUrl cutOff = fixtureUrl(QStringLiteral("cut-off.mp4"));
+        double cutOffAt = 0;
         {
             TestPlayer player;
             player.expectLibmpvErrors(); // the damaged packets where the download broke off
             // A file that ends early keeps the place it reached.
-            player.open(brokenOff);
+            player.open(cutOff);
             seek(player.engine(), 15.0);
             QTRY_VERIFY_WITH_TIMEOUT(player.engine().isAtEnd(), 20000);
-            brokeOffAt = player.engine().currentTime();
-            QVERIFY2(brokeOffAt > 15.0 && brokeOffAt < 20.0,
-                     qPrintable(QString::number(brokeOffAt)));
+            cutOffAt = player.engine().currentTime();
+            QVERIFY2(cutOffAt > 15.0 && cutOffAt < 20.0, qPrintable(QString::number(cutOffAt)));
             player.open(a);
             QCOMPARE(player.engine().history()->resumePosition(a), std::nullopt);
             seek(player.engine(), 12.0);
@@ -272,7 +271,7 @@ private Q_SLOTS:
         TestPlayer player;
         player.expectLibmpvErrors();
         for (const auto& [url, position, rotation] :
-             {std::tuple(a, 12.0, 90), {b, 40.0, 270}, {brokenOff, brokeOffAt, 0}}) {
+             {std::tuple(a, 12.0, 90), {b, 40.0, 270}, {cutOff, cutOffAt, 0}}) {
             player.open(url);
             QCOMPARE(player.engine().state().kind(), Kind::Playing);
             QVERIFY(qAbs(player.engine().currentTime() - position) < 0.5);

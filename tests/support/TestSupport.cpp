@@ -82,20 +82,33 @@ GuiHeartbeat::GuiHeartbeat()
     m_beat.start();
 }
 
+LibmpvErrorGuard::LibmpvErrorGuard(MPVDecoder* decoder)
+{
+    QObject::connect(decoder, &MPVDecoder::errorLogged, &m_context, [this](const QString& text) {
+        // The silent output's own bookkeeping complaint when playback resumes after a pause;
+        // sound is not what these tests look at.
+        if (!text.startsWith(QLatin1String("ao/null: illegal state")))
+            m_errors << text;
+    });
+}
+
+void LibmpvErrorGuard::check() const
+{
+    if (!m_errors.isEmpty() && !m_expected)
+        QTest::qFail(qPrintable(QStringLiteral("libmpv logged errors: ") +
+                                m_errors.join(QStringLiteral("; "))),
+                     __FILE__, __LINE__);
+}
+
 TestPlayer::TestPlayer(QSize windowSize)
     : m_player(std::make_unique<Player>(libraryPath()))
     , m_window(std::make_unique<QQuickWindow>())
     , m_view(new MPVVideoView(m_window->contentItem()))
+    , m_libmpvErrors(m_player->engine().decoder())
 {
     MPVDecoder* decoder = engine().decoder();
     decoder->setMPVString(MPVName::ao, QStringLiteral("null"));
     decoder->setMPVString(MPVName::hwdec, QStringLiteral("no"));
-    QObject::connect(decoder, &MPVDecoder::errorLogged, decoder, [this](const QString& text) {
-        // The silent output's own bookkeeping complaint when playback resumes after a pause;
-        // sound is not what these tests look at.
-        if (!text.startsWith(QLatin1String("ao/null: illegal state")))
-            m_libmpvErrors << text;
-    });
 
     m_window->resize(windowSize);
     m_window->setColor(Qt::black);
@@ -119,10 +132,7 @@ TestPlayer::~TestPlayer()
 {
     m_window.reset();
     m_player.reset();
-    if (!m_libmpvErrors.isEmpty() && !m_libmpvErrorsExpected)
-        QTest::qFail(qPrintable(QStringLiteral("libmpv logged errors: ") +
-                                m_libmpvErrors.join(QStringLiteral("; "))),
-                     __FILE__, __LINE__);
+    m_libmpvErrors.check();
 }
 
 void TestPlayer::endPlayerFirst()
