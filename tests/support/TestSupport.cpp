@@ -240,6 +240,47 @@ void finishBackgroundWork()
     }
 }
 
+namespace {
+
+/// The test functions of the object, in the order they are declared.
+QStringList testFunctions(const QObject* testObject)
+{
+    static const QStringList fixtures = {QStringLiteral("initTestCase"),
+                                         QStringLiteral("cleanupTestCase"), QStringLiteral("init"),
+                                         QStringLiteral("cleanup")};
+    const QMetaObject* meta = testObject->metaObject();
+    QStringList names;
+    for (int i = meta->methodOffset(); i < meta->methodCount(); ++i) {
+        const QMetaMethod method = meta->method(i);
+        const QString name = QString::fromLatin1(method.name());
+        if (method.methodType() == QMetaMethod::Slot && method.access() == QMetaMethod::Private &&
+            method.parameterCount() == 0 && !fixtures.contains(name) &&
+            !name.endsWith(QLatin1String("_data")))
+            names << name;
+    }
+    return names;
+}
+
+/// The command line QtTest runs: as given, or with VELMAR_TEST_ORDER=reverse and no test
+/// functions named, every test function named last to first, so that a test that only passes
+/// after another one shows up.
+QStringList testArguments(const QObject* testObject, const QStringList& given)
+{
+    if (qgetenv("VELMAR_TEST_ORDER") != "reverse")
+        return given;
+    const QStringList functions = testFunctions(testObject);
+    for (const QString& argument : given.mid(1)) {
+        if (functions.contains(argument.section(QLatin1Char(':'), 0, 0)))
+            return given; // the caller chose what runs
+    }
+    QStringList arguments = given;
+    for (auto it = functions.crbegin(); it != functions.crend(); ++it)
+        arguments << *it;
+    return arguments;
+}
+
+} // namespace
+
 int runTests(QObject* testObject, int argc, char** argv)
 {
     AppDelegate::prepareGraphics();
@@ -247,7 +288,10 @@ int runTests(QObject* testObject, int argc, char** argv)
     QGuiApplication::setApplicationName(QStringLiteral("VelmarPlayer"));
     QGuiApplication::setOrganizationName(QStringLiteral("VelmarPlayer"));
     QStandardPaths::setTestModeEnabled(true);
-    const int failures = QTest::qExec(testObject, argc, argv);
+    QStringList given;
+    for (int i = 0; i < argc; ++i)
+        given << QString::fromLocal8Bit(argv[i]);
+    const int failures = QTest::qExec(testObject, testArguments(testObject, given));
     // Coroutines still waiting when the application object goes would never be resumed, and
     // LeakSanitizer would report what they hold.
     finishBackgroundWork();
