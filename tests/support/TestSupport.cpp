@@ -7,6 +7,7 @@
 #include "engine/PlaybackEngine.h"
 #include "features/osd/OSDManager.h"
 #include "infrastructure/mpv/MPVProperties.h"
+#include "infrastructure/system/NowPlayingManager.h"
 
 #include <cstdio>
 #include <cstring>
@@ -125,7 +126,12 @@ TestPlayer::TestPlayer(QSize windowSize)
         m_view->refresh();
         engine().acknowledgeFrameRefresh();
     });
+    // The desktop finds the player once the bus has given it its name (when no other has it).
+    QSignalSpy named(&m_player->nowPlaying(), &NowPlayingManager::busNameSettled);
     m_player->startDesktopServices();
+    if (named.isEmpty() && !named.wait())
+        QTest::qFail("the bus did not answer the request for the player's name", __FILE__,
+                     __LINE__);
 }
 
 TestPlayer::~TestPlayer()

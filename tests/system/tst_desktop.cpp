@@ -343,8 +343,14 @@ private Q_SLOTS:
                  QStringList{QStringLiteral("[NowPlayingManager] No session bus: media keys and "
                                             "desktop media controls are off")});
         NowPlayingManager second;
-        QCOMPARE(printedLines([&] { second.setupRemoteCommands(); }).size(), 1);
+        QSignalSpy settled(&second, &NowPlayingManager::busNameSettled);
+        const QStringList lines = printedLines([&] {
+            second.setupRemoteCommands();
+            QTRY_COMPARE(settled.size(), 1);
+        });
+        QVERIFY2(lines.size() == 1, qPrintable(lines.join(QLatin1Char('\n'))));
         QVERIFY(!second.isOnBus());
+        QVERIFY(player.player().nowPlaying().isOnBus());
     }
 
     void theApplicationOpensAndQuits()
