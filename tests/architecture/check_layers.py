@@ -2,11 +2,10 @@
 """Fails when knowledge points the wrong way in the source tree.
 
 Each folder belongs to a layer; a file may include files of its own layer or of lower ones,
-never of a higher one, and no two folders may include each other. Includes are resolved as the
-compiler resolves them: the including file's folder first, then the include directories of
-src/CMakeLists.txt in their order. A bare name that reaches another folder through one of those
-directories fails too: includes across folders are written from src/ ("engine/MPVDecoder.h"),
-so that they show what they reach. Usage: check_layers.py SRC
+never of a higher one, and no two folders may include each other. Includes resolve as the
+compiler resolves them (the file's folder, then src/CMakeLists.txt's include directories); a
+bare name reaching another folder fails: across folders, write it from src/. Usage:
+check_layers.py SRC
 """
 import os
 import re
@@ -45,14 +44,9 @@ def folder_of(path):
 def include_directories(src):
     """The include directories of the core library, relative to src, in the compiler's order."""
     with open(os.path.join(src, "CMakeLists.txt"), encoding="utf-8") as text:
-        calls = INCLUDE_DIRECTORIES.findall(text.read())
-    directories = []
-    for call in calls:
-        for word in call.split():
-            if word in ("PUBLIC", "PRIVATE", "INTERFACE", "BEFORE", "SYSTEM"):
-                continue
-            directories.append("" if word == "${CMAKE_CURRENT_SOURCE_DIR}" else word)
-    return directories
+        words = " ".join(INCLUDE_DIRECTORIES.findall(text.read())).split()
+    return ["" if word == "${CMAKE_CURRENT_SOURCE_DIR}" else word for word in words
+            if word not in ("PUBLIC", "PRIVATE", "INTERFACE", "BEFORE", "SYSTEM")]
 
 
 def resolve(src, path, included, directories):

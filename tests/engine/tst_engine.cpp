@@ -174,7 +174,6 @@ private Q_SLOTS:
             // What is not a number (a slider divided by a zero width) changes nothing, and a
             // speed is one the player offers.
             commands.setVolume(qQNaN());
-            engine.setVolume(qInf());
             QCOMPARE(engine.volume(), 0.5f);
 
             commands.cyclePlaybackRate();
@@ -242,8 +241,7 @@ private Q_SLOTS:
                                      "Cannot play \u201cx.mkv\u201d: it did not open in time")));
 
         // Names that are not UTF-8 reach the disk and libmpv as the bytes they are: a folder
-        // scan finds such a file, which plays with its dates read, takes such a subtitle, and
-        // such an image shows.
+        // scan finds such a video, which plays with its dates, takes such a subtitle and image.
         const QByteArray oddFolder = QFile::encodeName(dir.path()) + "/d\xe9j\xe0";
         const QByteArray oddName = oddFolder + "/caf\xe9 \xff.mp4";
         std::filesystem::create_directory(oddFolder.toStdString());
@@ -255,7 +253,6 @@ private Q_SLOTS:
                 QFile::encodeName(fixturePath(QLatin1String(fixture))).toStdString(),
                 copy.toStdString());
         const QUrl oddUrl = MediaFiles::urlForLocalPath(oddName);
-        QCOMPARE(MediaFiles::localPath(oddUrl), oddName);
         QCoro::waitFor(engine.playlist()->addFolder(MediaFiles::urlForLocalPath(oddFolder)));
         QCOMPARE(engine.playlist()->items().size(), 1);
         QCOMPARE(engine.playlist()->items().constFirst().url, oddUrl);

@@ -248,41 +248,23 @@ void finishBackgroundWork()
 
 namespace {
 
-/// The test functions of the object, in the order they are declared.
-QStringList testFunctions(const QObject* testObject)
-{
-    static const QStringList fixtures = {QStringLiteral("initTestCase"),
-                                         QStringLiteral("cleanupTestCase"), QStringLiteral("init"),
-                                         QStringLiteral("cleanup")};
-    const QMetaObject* meta = testObject->metaObject();
-    QStringList names;
-    for (int i = meta->methodOffset(); i < meta->methodCount(); ++i) {
-        const QMetaMethod method = meta->method(i);
-        const QString name = QString::fromLatin1(method.name());
-        if (method.methodType() == QMetaMethod::Slot && method.access() == QMetaMethod::Private &&
-            method.parameterCount() == 0 && !fixtures.contains(name) &&
-            !name.endsWith(QLatin1String("_data")))
-            names << name;
-    }
-    return names;
-}
-
-/// The command line QtTest runs: as given, or with VELMAR_TEST_ORDER=reverse and no test
-/// functions named, every test function named last to first, so that a test that only passes
+/// The command line QtTest runs: as given, or, with VELMAR_TEST_ORDER=reverse and no test
+/// function named, every test function named last to first, so that a test that passes only
 /// after another one shows up.
 QStringList testArguments(const QObject* testObject, const QStringList& given)
 {
-    if (qgetenv("VELMAR_TEST_ORDER") != "reverse")
-        return given;
-    const QStringList functions = testFunctions(testObject);
-    for (const QString& argument : given.mid(1)) {
-        if (functions.contains(argument.section(QLatin1Char(':'), 0, 0)))
-            return given; // the caller chose what runs
+    static const QRegularExpression notATest(QStringLiteral("^(init|cleanup)(TestCase)?$|_data$"));
+    const QMetaObject* meta = testObject->metaObject();
+    QStringList reversed;
+    for (int i = meta->methodOffset(); i < meta->methodCount(); ++i) {
+        const QString name = QString::fromLatin1(meta->method(i).name());
+        if (meta->method(i).access() == QMetaMethod::Private && !notATest.match(name).hasMatch())
+            reversed.prepend(name);
     }
-    QStringList arguments = given;
-    for (auto it = functions.crbegin(); it != functions.crend(); ++it)
-        arguments << *it;
-    return arguments;
+    const bool chosen = std::any_of(given.begin() + 1, given.end(), [&](const QString& argument) {
+        return reversed.contains(argument.section(QLatin1Char(':'), 0, 0));
+    });
+    return qgetenv("VELMAR_TEST_ORDER") != "reverse" || chosen ? given : given + reversed;
 }
 
 } // namespace
