@@ -19,7 +19,10 @@ MainWindowGeometry::MainWindowGeometry(QWindow* window, WindowState* state, QObj
 
     m_settle.setSingleShot(true);
     m_settle.setInterval(kSettleMs);
-    connect(&m_settle, &QTimer::timeout, this, &MainWindowGeometry::saveSettledFrame);
+    connect(&m_settle, &QTimer::timeout, this, [this] {
+        saveSettledFrame();
+        Q_EMIT frameSettled();
+    });
     for (auto changed :
          {&QWindow::xChanged, &QWindow::yChanged, &QWindow::widthChanged, &QWindow::heightChanged})
         connect(m_window, changed, &m_settle, qOverload<>(&QTimer::start));

@@ -26,6 +26,10 @@ public:
     void enterFullScreen();
     void exitFullScreen();
 
+Q_SIGNALS:
+    /// A move or resize has settled, and was saved unless the window was in full screen.
+    void frameSettled();
+
 private:
     bool isWindowed() const;
     void followVisibility();

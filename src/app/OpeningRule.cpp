@@ -3,6 +3,7 @@
 #include "engine/PlaybackEngine.h"
 #include "features/playlist/PlaylistManager.h"
 #include "model/MediaExtensions.h"
+#include "model/MediaFiles.h"
 #include "UserCommands.h"
 
 #include <algorithm>
@@ -28,11 +29,10 @@ Sorted sort(const QList<QUrl>& urls)
 {
     Sorted sorted;
     for (const QUrl& url : urls) {
-        const QFileInfo info(url.toLocalFile());
-        if (url.isLocalFile() && info.isDir()) {
+        if (MediaFiles::isFolder(url)) {
             sorted.folders << url;
             sorted.items << url;
-        } else if (MediaExtensions::subtitle.contains(info.suffix().toLower())) {
+        } else if (MediaExtensions::subtitle.contains(QFileInfo(url.path()).suffix().toLower())) {
             sorted.subtitles << url;
         } else {
             sorted.files << url;
@@ -51,14 +51,15 @@ QString patterns(const QSet<QString>& extensions)
     return sorted.join(QLatin1Char(' '));
 }
 
-/// Plays the folders and files of the set; true when one of them was loaded.
-QCoro::Task<bool> openItems(QPointer<PlaybackEngine> engine, QPointer<UserCommands> commands,
-                            Sorted sorted)
+/// Plays the folders and files of the set; the file it started, if any.
+QCoro::Task<std::optional<QUrl>> openItems(QPointer<PlaybackEngine> engine,
+                                           QPointer<UserCommands> commands, Sorted sorted)
 {
     if (sorted.items.size() == 1 && sorted.files.size() == 1) {
-        QCoro::Task<void> loading = engine->load(sorted.files.constFirst());
+        const QUrl file = sorted.files.constFirst();
+        QCoro::Task<void> loading = engine->load(file);
         co_await loading;
-        co_return true;
+        co_return file;
     }
 
     PlaylistManager* playlist = engine->playlist();
@@ -68,25 +69,25 @@ QCoro::Task<bool> openItems(QPointer<PlaybackEngine> engine, QPointer<UserComman
         QCoro::Task<bool> scanning = playlist->addFolder(folder);
         const bool added = co_await scanning;
         if (!engine || !commands || !added)
-            co_return false; // a later request took over the playlist meanwhile
+            co_return std::nullopt; // a later request took over the playlist meanwhile
         if (playlist->items().isEmpty()) {
             commands->say(QStringLiteral("No videos in \u201c%1\u201d")
-                              .arg(QFileInfo(folder.toLocalFile()).fileName()));
-            co_return false;
+                              .arg(QFileInfo(folder.path()).fileName()));
+            co_return std::nullopt;
         }
     } else {
         if (sorted.files.isEmpty())
-            co_return false;
+            co_return std::nullopt;
         playlist->clear();
         for (const QUrl& url : sorted.files)
             playlist->add(url);
     }
     const std::optional<QUrl> first = playlist->play(0);
     if (!first)
-        co_return false;
+        co_return std::nullopt;
     QCoro::Task<void> loading = engine->load(*first);
     co_await loading;
-    co_return true;
+    co_return first;
 }
 
 } // namespace
@@ -109,11 +110,13 @@ QCoro::Task<void> open(QPointer<PlaybackEngine> engine, QPointer<UserCommands> c
             commands->say(QStringLiteral("Open a video to add subtitles to"));
         co_return;
     }
-    QCoro::Task<bool> opening = openItems(engine, commands, sorted);
-    const bool opened = co_await opening;
-    // Subtitles that come with videos belong to the video that now plays, not the one before.
-    if (opened && engine && commands && !sorted.subtitles.isEmpty() &&
-        engine->playlist()->isCurrent(ticket) && engine->state().isActive())
+    QCoro::Task<std::optional<QUrl>> opening = openItems(engine, commands, sorted);
+    const std::optional<QUrl> started = co_await opening;
+    // Subtitles that come with videos belong to the video that started, not to the one before,
+    // nor to one that a later request opened meanwhile. (The playlist's ticket cannot tell:
+    // setting up the new playlist renewed it.)
+    if (started && engine && commands && !sorted.subtitles.isEmpty() &&
+        engine->currentURL() == *started && engine->state().isActive())
         commands->addSubtitles(sorted.subtitles);
 }
 

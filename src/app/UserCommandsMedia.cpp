@@ -5,6 +5,7 @@
 #include "features/osd/OSDManager.h"
 #include "features/track/TrackManager.h"
 #include "infrastructure/system/FileRevealer.h"
+#include "model/MediaFiles.h"
 #include "UserCommands.h"
 
 #include <QFileInfo>
@@ -80,7 +81,8 @@ void UserCommands::addSubtitles(const QList<QUrl>& urls)
             if (!self || !self->m_engine)
                 co_return;
             const QString name = QFileInfo(url.path()).fileName();
-            QCoro::Task<bool> adding = self->m_engine->decoder()->addSubtitle(url.toLocalFile());
+            QCoro::Task<bool> adding =
+                self->m_engine->decoder()->addSubtitle(MediaFiles::localPath(url));
             const bool added = co_await adding;
             if (self)
                 self->announceText(added ? QStringLiteral("Subtitle loaded: ") + name
@@ -101,7 +103,7 @@ void UserCommands::takeScreenshot()
         self->announceText(path ? QStringLiteral("Screenshot saved")
                                 : QStringLiteral("Screenshot failed"));
         if (path)
-            FileRevealer::reveal(*path);
+            FileRevealer::reveal(QUrl::fromLocalFile(*path));
     }(this, m_engine->decoder());
 }
 

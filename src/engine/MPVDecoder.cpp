@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <clocale>
+#include <QFile>
 
 namespace {
 
@@ -24,32 +25,32 @@ struct Option
 
 // Kept in a fixed order so that a configuration is always applied the same way.
 constexpr Option kOptions[] = {
-    {"vo", "libmpv"},
-    {"config", "no"},
-    {"input-default-bindings", "no"},
-    {"input-vo-keyboard", "no"},
-    {"hwdec", "auto"},
-    {"osd-level", "0"},
-    {"keep-open", "yes"},
-    {"ytdl", "no"},
-    {"idle", "yes"},
-    {"input-media-keys", "no"},
-    {"tone-mapping", "auto"},
-    {"hdr-compute-peak", "auto"},
-    {"target-colorspace-hint", "auto"},
-    {"sub-auto", "fuzzy"},
-    {"hr-seek", "yes"},
-    {"hr-seek-framedrop", "yes"},
+    {MPVName::vo, "libmpv"},
+    {MPVName::config, "no"},
+    {MPVName::inputDefaultBindings, "no"},
+    {MPVName::inputVoKeyboard, "no"},
+    {MPVName::hwdec, "auto"},
+    {MPVName::osdLevel, "0"},
+    {MPVName::keepOpen, "yes"},
+    {MPVName::ytdl, "no"},
+    {MPVName::idle, "yes"},
+    {MPVName::inputMediaKeys, "no"},
+    {MPVName::toneMapping, "auto"},
+    {MPVName::hdrComputePeak, "auto"},
+    {MPVName::targetColorspaceHint, "auto"},
+    {MPVName::subAuto, "fuzzy"},
+    {MPVName::hrSeek, "yes"},
+    {MPVName::hrSeekFramedrop, "yes"},
     // libmpv's built-in Lua scripts (statistics page, console, on-screen controller, profile
     // conditions) each run a Lua state on a thread of their own; nothing here uses them, and
     // they cost start-up time and memory.
-    {"load-scripts", "no"},
-    {"load-stats-overlay", "no"},
-    {"load-osd-console", "no"},
-    {"load-auto-profiles", "no"},
-    {"osc", "no"},
+    {MPVName::loadScripts, "no"},
+    {MPVName::loadStatsOverlay, "no"},
+    {MPVName::loadOsdConsole, "no"},
+    {MPVName::loadAutoProfiles, "no"},
+    {MPVName::osc, "no"},
     // The name the desktop's sound settings show for the player's stream.
-    {"audio-client-name", "VelmarPlayer"},
+    {MPVName::audioClientName, "VelmarPlayer"},
 };
 
 QString mpvErrorText(int status)
@@ -57,9 +58,9 @@ QString mpvErrorText(int status)
     return QString::fromUtf8(mpv_error_string(status));
 }
 
-QString seconds(double value)
+QByteArray seconds(double value)
 {
-    return QString::asprintf("%.3f", value);
+    return QByteArray::number(value, 'f', 3);
 }
 
 } // namespace
@@ -155,7 +156,7 @@ void MPVDecoder::setMPVString(const char* name, const QString& value)
     setProperty(name, MPV_FORMAT_STRING, &text);
 }
 
-QCoro::Task<int> MPVDecoder::commandResult(const QStringList& args)
+QCoro::Task<int> MPVDecoder::commandResult(QList<QByteArray> args)
 {
     if (!m_mpv)
         co_return MPV_ERROR_UNINITIALIZED;
@@ -189,8 +190,8 @@ QCoro::Task<MPVDecoder::LoadOutcome> MPVDecoder::load(const QUrl& url)
     m_pendingLoad = std::make_unique<velmar::Completion<LoadOutcome>>(LoadOutcome{});
     auto opened = m_pendingLoad->result();
 
-    MPVCommand command(QList<QByteArray>{"loadfile", url.isLocalFile() ? MediaFiles::localPath(url)
-                                                                       : url.toEncoded()});
+    MPVCommand command(QList<QByteArray>{
+        MPVName::loadfile, url.isLocalFile() ? MediaFiles::localPath(url) : url.toEncoded()});
     const int status = mpv_command_async(m_mpv, m_loadRequest, command.data());
     if (status < 0)
         finishLoad(LoadOutcome::Kind::Failed, mpvErrorText(status));
@@ -213,7 +214,7 @@ void MPVDecoder::finishLoad(LoadOutcome::Kind kind, const QString& reason)
 
 void MPVDecoder::stop()
 {
-    MPVCommand command({QStringLiteral("stop")});
+    MPVCommand command(QList<QByteArray>{MPVName::stop});
     if (m_mpv)
         mpv_command_async(m_mpv, 0, command.data());
     clearChapters(); // nothing is open any more
@@ -223,8 +224,8 @@ velmar::Completion<bool>& MPVDecoder::startSeek(double target)
 {
     finishSeek();
     m_pendingSeek = std::make_unique<velmar::Completion<bool>>(false);
-    MPVCommand command({QStringLiteral("seek"), seconds(target), QStringLiteral("absolute"),
-                        QStringLiteral("exact")});
+    MPVCommand command(QList<QByteArray>{MPVName::seek, seconds(target), MPVName::seekAbsolute,
+                                         MPVName::seekExact});
     mpv_command_async(m_mpv, 0, command.data());
     m_currentTime = target;
     return *m_pendingSeek;
@@ -254,8 +255,8 @@ void MPVDecoder::seekRelativeFast(double offset)
 {
     if (!m_mpv)
         return;
-    MPVCommand command({QStringLiteral("seek"), seconds(offset), QStringLiteral("relative"),
-                        QStringLiteral("keyframes")});
+    MPVCommand command(QList<QByteArray>{MPVName::seek, seconds(offset), MPVName::seekRelative,
+                                         MPVName::seekKeyframes});
     mpv_command_async(m_mpv, 0, command.data());
     // Minimum first, then maximum: with no known duration the estimate stays at 0.
     m_currentTime = std::max(0.0, std::min(m_duration, m_currentTime + offset));
@@ -263,8 +264,7 @@ void MPVDecoder::seekRelativeFast(double offset)
 
 void MPVDecoder::frameStep(bool forward)
 {
-    MPVCommand command(
-        {forward ? QStringLiteral("frame-step") : QStringLiteral("frame-back-step")});
+    MPVCommand command(QList<QByteArray>{forward ? MPVName::frameStep : MPVName::frameBackStep});
     if (m_mpv)
         mpv_command_async(m_mpv, 0, command.data());
 }
@@ -304,7 +304,8 @@ void MPVDecoder::setAudioDelay(double delay)
 
 void MPVDecoder::setRotation(int degrees)
 {
-    int64_t value = degrees;
+    // libmpv takes 0…359 only; -90 is the same turn as 270.
+    int64_t value = ((degrees % 360) + 360) % 360;
     setProperty(MPVName::videoRotate, MPV_FORMAT_INT64, &value);
 }
 
@@ -347,25 +348,24 @@ void MPVDecoder::selectSubtitleTrack(qint64 id)
     setProperty(MPVName::sid, MPV_FORMAT_INT64, &value);
 }
 
-QCoro::Task<bool> MPVDecoder::addSubtitle(const QString& path)
+QCoro::Task<bool> MPVDecoder::addSubtitle(const QByteArray& path)
 {
-    QCoro::Task<int> adding =
-        commandResult({QStringLiteral("sub-add"), path, QStringLiteral("select")});
+    QCoro::Task<int> adding = commandResult({MPVName::subAdd, path, MPVName::subAddSelect});
     const int status = co_await adding;
     co_return status >= 0;
 }
 
 void MPVDecoder::removeSubtitle(qint64 id)
 {
-    MPVCommand command({QStringLiteral("sub-remove"), QString::number(id)});
+    MPVCommand command(QList<QByteArray>{MPVName::subRemove, QByteArray::number(id)});
     if (m_mpv)
         mpv_command_async(m_mpv, 0, command.data());
 }
 
 QCoro::Task<bool> MPVDecoder::screenshot(const QString& path)
 {
-    QCoro::Task<int> writing =
-        commandResult({QStringLiteral("screenshot-to-file"), path, QStringLiteral("video")});
+    QCoro::Task<int> writing = commandResult(
+        {MPVName::screenshotToFile, QFile::encodeName(path), MPVName::screenshotVideoOnly});
     const int status = co_await writing;
     co_return status >= 0;
 }

@@ -93,8 +93,8 @@ public:
     void selectAudioTrack(qint64 id);
     /// 0 turns subtitles off.
     void selectSubtitleTrack(qint64 id);
-    /// Loads a subtitle file and selects it; true when libmpv took it.
-    QCoro::Task<bool> addSubtitle(const QString& path);
+    /// Loads a subtitle file (named by its bytes) and selects it; true when libmpv took it.
+    QCoro::Task<bool> addSubtitle(const QByteArray& path);
     void removeSubtitle(qint64 id);
     /// Writes the current video frame (without subtitles or OSD) to `path`; libmpv encodes it
     /// on its own threads. True when the file was written.
@@ -123,8 +123,11 @@ Q_SIGNALS:
     void chaptersChanged(const QList<Chapter>& chapters);
     void audioTrackChanged(qint64 id);
     void subtitleTrackChanged(qint64 id);
-    /// "video-params/primaries" or "video-params/gamma"; a null value while unknown.
-    void videoParameterChanged(const QString& name, const QString& value);
+    /// libmpv's name of the video's transfer function ("pq", "bt.1886", ...); a null text
+    /// while the video's parameters are not known.
+    void transferFunctionChanged(const QString& name);
+    /// The same for the video's colour primaries ("bt.2020", ...).
+    void primariesChanged(const QString& name);
     void mediaInfoChanged();
     /// libmpv reached the end of the file ("eof-reached" turned true).
     void endReached();
@@ -140,7 +143,7 @@ private:
     void setupMPV();
     void checkError(int status);
     void setProperty(const char* name, mpv_format format, void* data);
-    QCoro::Task<int> commandResult(const QStringList& args);
+    QCoro::Task<int> commandResult(QList<QByteArray> args);
     void finishLoad(LoadOutcome::Kind kind, const QString& reason = {});
     velmar::Completion<bool>& startSeek(double target);
     void finishSeek();
@@ -155,7 +158,8 @@ private:
     void applyTimePosition(double seconds);
     void applyDuration(double seconds);
     void applyEndReached(qint64 entryId);
-    void applyVideoParameter(qint64 entryId, const QString& name, const QString& value);
+    void applyTransferFunction(qint64 entryId, const QString& name);
+    void applyPrimaries(qint64 entryId, const QString& name);
     void applyTracks(qint64 entryId, const QList<MediaTrack>& tracks);
     void applyChapters(qint64 entryId, const QList<Chapter>& chapters);
     void clearChapters();

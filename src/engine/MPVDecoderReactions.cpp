@@ -87,10 +87,16 @@ void MPVDecoder::applyEndReached(qint64 entryId)
         Q_EMIT endReached();
 }
 
-void MPVDecoder::applyVideoParameter(qint64 entryId, const QString& name, const QString& value)
+void MPVDecoder::applyTransferFunction(qint64 entryId, const QString& name)
 {
     if (isCurrentEntry(entryId))
-        Q_EMIT videoParameterChanged(name, value);
+        Q_EMIT transferFunctionChanged(name);
+}
+
+void MPVDecoder::applyPrimaries(qint64 entryId, const QString& name)
+{
+    if (isCurrentEntry(entryId))
+        Q_EMIT primariesChanged(name);
 }
 
 void MPVDecoder::applyTracks(qint64 entryId, const QList<MediaTrack>& tracks)

@@ -187,13 +187,13 @@ void MPVEventPump::handlePropertyChange(const mpv_event_property& p)
         // Only the turn to true ends playback; a false report means nothing.
         if (flagOf(p).value_or(false))
             toDecoder([entryId](MPVDecoder* d) { d->applyEndReached(entryId); });
-    } else if (is(p.name, MPVName::primaries) || is(p.name, MPVName::gamma)) {
+    } else if (is(p.name, MPVName::gamma)) {
         // Absent until libmpv knows the video's parameters; a null text says so.
-        const QString name = QString::fromLatin1(p.name);
-        const QString value = textOf(p).value_or(QString());
-        toDecoder([entryId, name, value](MPVDecoder* d) {
-            d->applyVideoParameter(entryId, name, value);
-        });
+        const QString name = textOf(p).value_or(QString());
+        toDecoder([entryId, name](MPVDecoder* d) { d->applyTransferFunction(entryId, name); });
+    } else if (is(p.name, MPVName::primaries)) {
+        const QString name = textOf(p).value_or(QString());
+        toDecoder([entryId, name](MPVDecoder* d) { d->applyPrimaries(entryId, name); });
     } else if (is(p.name, MPVName::trackList)) {
         if (p.format == MPV_FORMAT_NODE && p.data) {
             const QList<MediaTrack> tracks =

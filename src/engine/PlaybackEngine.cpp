@@ -58,7 +58,9 @@ PlaybackEngine::PlaybackEngine(Library& library, QObject* parent)
     connect(m_decoder, &MPVDecoder::audioTrackChanged, m_tracks, &TrackManager::setCurrentAudioID);
     connect(m_decoder, &MPVDecoder::subtitleTrackChanged, m_tracks,
             &TrackManager::setCurrentSubtitleID);
-    connect(m_decoder, &MPVDecoder::videoParameterChanged, m_hdr, &HDRManager::handleParameter);
+    connect(m_decoder, &MPVDecoder::transferFunctionChanged, m_hdr,
+            &HDRManager::updateTransferFunction);
+    connect(m_decoder, &MPVDecoder::primariesChanged, m_hdr, &HDRManager::updatePrimaries);
     connect(m_decoder, &MPVDecoder::mediaInfoChanged, this, &PlaybackEngine::refreshMediaInfo);
     connect(m_decoder, &MPVDecoder::endReached, this, &PlaybackEngine::handleEndReached);
     connect(m_decoder, &MPVDecoder::fileEnded, this, &PlaybackEngine::handleFileEnded);
@@ -110,7 +112,8 @@ QCoro::Task<void> PlaybackEngine::load(QUrl url)
 
     if (MediaFiles::isImage(url)) {
         m_decoder->stop(); // images never reach libmpv: no sound may run on behind one
-        QFuture<QImage> reading = QtConcurrent::run(MediaFiles::readImage, url.toLocalFile());
+        QFuture<QImage> reading =
+            QtConcurrent::run(MediaFiles::readImage, MediaFiles::localPath(url));
         const QImage image = co_await reading;
         if (superseded())
             co_return;
@@ -126,7 +129,7 @@ QCoro::Task<void> PlaybackEngine::load(QUrl url)
     m_tracks->reset();
     // The dates complete the media information whenever the disk answers; playback never
     // waits for them.
-    m_fileDates = QtConcurrent::run(MediaFiles::dates, url.toLocalFile());
+    m_fileDates = QtConcurrent::run(MediaFiles::dates, MediaFiles::localPath(url));
     m_fileDates.then(this, [this](const auto&) { refreshMediaInfo(); });
     MPVDecoder::LoadOutcome outcome;
     try {

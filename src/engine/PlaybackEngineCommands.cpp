@@ -5,6 +5,7 @@
 #include "model/PlaybackRate.h"
 #include "PlaybackEngine.h"
 
+#include <cmath>
 #include <QPointer>
 
 // MARK: transport
@@ -41,7 +42,7 @@ void PlaybackEngine::pause()
 
 QCoro::Task<void> PlaybackEngine::seek(double seconds)
 {
-    if (!m_state.isActive())
+    if (!m_state.isActive() || !std::isfinite(seconds))
         co_return;
     QPointer<PlaybackEngine> self(this);
     setIsAtEnd(false);
@@ -57,7 +58,7 @@ QCoro::Task<void> PlaybackEngine::seek(double seconds)
 
 QCoro::Task<void> PlaybackEngine::seekRelative(double offset)
 {
-    if (!m_state.isActive())
+    if (!m_state.isActive() || !std::isfinite(offset))
         co_return;
     setIsAtEnd(false);
     m_decoder->seekRelativeFast(offset);
@@ -76,7 +77,7 @@ void PlaybackEngine::scrubBegan()
 
 void PlaybackEngine::scrub(double seconds)
 {
-    if (!m_state.isActive())
+    if (!m_state.isActive() || !std::isfinite(seconds))
         return;
     setCurrentTime(seconds);
     m_decoder->scrub(seconds);
@@ -85,6 +86,7 @@ void PlaybackEngine::scrub(double seconds)
 
 void PlaybackEngine::scrubEnded(double seconds)
 {
+    // A target that is not a number ends the drag where it stands (the seek refuses it).
     [](QPointer<PlaybackEngine> self, double target) -> QCoro::Task<void> {
         QCoro::Task<> landing = self->seek(target);
         co_await landing;
@@ -109,7 +111,9 @@ bool PlaybackEngine::step(bool forward)
 
 void PlaybackEngine::setVolume(float volume)
 {
-    if (!velmar::assignIfChanged(m_volume, std::clamp(volume, 0.0f, 1.0f)))
+    // std::clamp lets NaN through, and libmpv would be sent it.
+    if (!std::isfinite(volume) ||
+        !velmar::assignIfChanged(m_volume, std::clamp(volume, 0.0f, 1.0f)))
         return;
     m_decoder->setVolume(m_volume);
     Q_EMIT volumeChanged();
@@ -132,7 +136,10 @@ void PlaybackEngine::setIsMuted(bool muted)
 
 void PlaybackEngine::setPlaybackRate(float rate)
 {
-    if (!velmar::assignIfChanged(m_playbackRate, rate))
+    // Kept to the speeds the player offers; what is not a speed at all is refused.
+    if (!std::isfinite(rate) || rate <= 0.0f ||
+        !velmar::assignIfChanged(m_playbackRate, std::clamp(rate, PlaybackRate::steps.front(),
+                                                            PlaybackRate::steps.back())))
         return;
     m_decoder->setSpeed(rate);
     Q_EMIT playbackRateChanged();

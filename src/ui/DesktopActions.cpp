@@ -6,7 +6,7 @@
 void DesktopActions::revealFile(const QUrl& url)
 {
     if (url.isLocalFile())
-        FileRevealer::reveal(url.toLocalFile());
+        FileRevealer::reveal(url);
 }
 
 QStringList DesktopActions::subtitleNameFilters()

@@ -92,18 +92,18 @@ QString SettingsModel::formatSeconds(double seconds)
 
 void SettingsModel::writeBool(const QString& key, bool value)
 {
-    Preferences preferences;
+    const Preferences preferences;
     if (preferences.contains(key) && preferences.boolValue(key) == value)
         return;
-    preferences.setBool(key, value);
+    m_writer.setValue(key, value);
     Q_EMIT changed();
 }
 
 void SettingsModel::writeDouble(const QString& key, double value)
 {
-    Preferences preferences;
+    const Preferences preferences;
     if (preferences.contains(key) && preferences.doubleValue(key) == value)
         return;
-    preferences.setDouble(key, value);
+    m_writer.setValue(key, value);
     Q_EMIT changed();
 }

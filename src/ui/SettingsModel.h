@@ -1,10 +1,14 @@
 #pragma once
 
+#include "infrastructure/preferences/PreferenceWriter.h"
+
 #include <QObject>
 #include <QtQml/qqmlregistration.h>
 
 /// The settings window's view of the preferences: each property reads the stored value (or its
-/// fallback) and writes through on every change, so nothing needs saving on close. GUI thread.
+/// fallback), and every change takes effect at once and reaches the settings file a moment
+/// after the last one (a dragged slider writes the file once), so nothing needs saving on
+/// close. GUI thread.
 class SettingsModel : public QObject
 {
     Q_OBJECT
@@ -55,4 +59,6 @@ Q_SIGNALS:
 private:
     void writeBool(const QString& key, bool value);
     void writeDouble(const QString& key, double value);
+
+    PreferenceWriter m_writer;
 };

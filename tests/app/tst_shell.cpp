@@ -1,19 +1,22 @@
 // The application shell on real parts: the opening rule over real folders and fixtures, the
 // recent-files menu from a real history, the window frame across two launches, full screen and
-// its way back, the hand-over between launches, and the settings window's models.
+// its way back, and the settings window's models. (Hand-overs between launches:
+// tests/e2e/handover_storm.sh.)
 #include "app/AppDelegate.h"
 #include "app/MainWindowGeometry.h"
 #include "app/OpeningRule.h"
-#include "app/SingleInstance.h"
 #include "app/UserCommands.h"
 #include "engine/MPVDecoder.h"
 #include "engine/PlaybackEngine.h"
 #include "features/playlist/PlaybackHistoryManager.h"
 #include "features/playlist/PlaylistManager.h"
+#include "features/track/TrackManager.h"
 #include "features/window/WindowState.h"
 #include "infrastructure/keybinding/KeyBindingManager.h"
 #include "infrastructure/keybinding/QtKeyTranslation.h"
+#include "infrastructure/mpv/MPVProperties.h"
 #include "infrastructure/preferences/Preferences.h"
+#include "renderer/RunningApp.h"
 #include "support/TestSupport.h"
 #include "ui/KeyBindingListModel.h"
 
@@ -68,20 +71,6 @@ void open(TestPlayer& player, const QList<QUrl>& urls)
     QCoro::waitFor(OpeningRule::open(&player.engine(), &player.commands(), urls));
 }
 
-/// A started application, silent, with its window drawn.
-struct RunningApp
-{
-    std::unique_ptr<AppDelegate> app = std::make_unique<AppDelegate>(libraryPath());
-
-    bool start()
-    {
-        app->engine()->decoder()->setMPVString("ao", QStringLiteral("null"));
-        app->engine()->decoder()->setMPVString("hwdec", QStringLiteral("no"));
-        return app->start({}) && QTest::qWaitForWindowExposed(app->mainWindow());
-    }
-    QQuickWindow* window() const { return app->mainWindow(); }
-};
-
 } // namespace
 
 class ShellTest : public QObject
@@ -98,6 +87,7 @@ private Q_SLOTS:
     void openingRuleForFilesAndFolders()
     {
         MediaFolder folder;
+        QTemporaryDir other; // no videos in it
         TestPlayer player;
         QVERIFY(player.show());
         PlaybackEngine* engine = &player.engine();
@@ -127,7 +117,6 @@ private Q_SLOTS:
         QCOMPARE(engine->currentURL(), fixtureUrl(QStringLiteral("clip10.mp4")));
 
         // Only folders among several items: nothing changes.
-        QTemporaryDir other;
         open(player, {QUrl::fromLocalFile(folder.dir.path()), QUrl::fromLocalFile(other.path())});
         QCOMPARE(playlistNames(playlist), QStringList{u"clip10.mp4"_s});
         QCOMPARE(engine->currentURL(), fixtureUrl(QStringLiteral("clip10.mp4")));
@@ -139,12 +128,27 @@ private Q_SLOTS:
                  u"No videos in \u201c%1\u201d"_s.arg(QDir(other.path()).dirName()));
         QCOMPARE(engine->currentURL(), fixtureUrl(QStringLiteral("clip10.mp4")));
 
-        // A subtitle file joins the video that plays instead of replacing it.
-        const QString srt = folder.path(QStringLiteral("extra.srt"));
+        // A subtitle file joins the video that plays instead of replacing it. (Subtitles are
+        // kept apart from the videos, so that libmpv does not find them itself.)
+        const QString srt = other.filePath(QStringLiteral("extra.srt"));
         QFile(fixturePath(QStringLiteral("embedded-subtitles.srt"))).copy(srt);
         open(player, {QUrl::fromLocalFile(srt)});
         QCOMPARE(engine->currentURL(), fixtureUrl(QStringLiteral("clip10.mp4")));
         QTRY_COMPARE(player.osdText(), u"Subtitle loaded: extra.srt"_s);
+
+        // Subtitles dropped together with a folder, or with several videos, join the video
+        // that starts.
+        const QUrl dropped = QUrl::fromLocalFile(other.filePath(u"dropped.srt"_s));
+        QFile(srt).copy(dropped.toLocalFile());
+        const QList<std::pair<QList<QUrl>, QString>> drops = {
+            {{QUrl::fromLocalFile(folder.dir.path()), dropped}, u"a.mp4"_s},
+            {{folder.url(u"b.mp4"_s), dropped, folder.url(u"a.mp4"_s)}, u"b.mp4"_s}};
+        for (const auto& [drop, starting] : drops) {
+            open(player, drop);
+            QCOMPARE(engine->currentURL(), folder.url(starting));
+            QTRY_COMPARE(engine->tracks()->subtitleTracks().size(), 1);
+            QTRY_COMPARE(player.osdText(), u"Subtitle loaded: dropped.srt"_s);
+        }
 
         // Two folders opened in quick succession: the later one wins, and plays once.
         QSignalSpy loads(engine, &PlaybackEngine::currentURLChanged);
@@ -168,8 +172,8 @@ private Q_SLOTS:
                  QStringLiteral("No Recent Files"));
         QCOMPARE(none.first().toMap().value(u"enabled"_s).toBool(), false);
 
-        auto* menu = running.window()->findChild<QObject*>(QStringLiteral("playerMenu"));
-        auto* recent = running.window()->findChild<QObject*>(QStringLiteral("recentMenu"));
+        auto* menu = running.window->findChild<QObject*>(QStringLiteral("playerMenu"));
+        auto* recent = running.window->findChild<QObject*>(QStringLiteral("recentMenu"));
         QVERIFY(menu && recent);
         auto menuTitles = [&] {
             QMetaObject::invokeMethod(menu, "open");
@@ -208,14 +212,14 @@ private Q_SLOTS:
         {
             RunningApp first;
             QVERIFY(first.start());
-            QCOMPARE(first.window()->minimumSize(), QSize(480, 270));
-            first.window()->setGeometry(moved);
+            QCOMPARE(first.window->minimumSize(), QSize(480, 270));
+            first.window->setGeometry(moved);
             QTRY_COMPARE(first.app->engine()->windowState()->loadSavedFrame(),
                          std::optional(QRectF(moved)));
         }
         RunningApp second;
         QVERIFY(second.start());
-        QTRY_COMPARE(second.window()->geometry(), moved);
+        QTRY_COMPARE(second.window->geometry(), moved);
     }
 
     void fullScreenReturnsToTheWindowedFrame()
@@ -233,9 +237,10 @@ private Q_SLOTS:
         geometry.toggleFullScreen();
         QTRY_VERIFY(state.isFullscreen());
         QCOMPARE(state.priorWindowedFrame(), std::optional(QRectF(windowed)));
-        // Moves in full screen are not remembered.
-        window.setGeometry(0, 0, 1920, 1080);
-        QTest::qWait(50);
+        // Moves in full screen are not remembered, even once they have settled.
+        QSignalSpy settled(&geometry, &MainWindowGeometry::frameSettled);
+        window.setGeometry(100, 100, 1600, 900);
+        QVERIFY(settled.wait());
         QCOMPARE(state.loadSavedFrame(), std::optional(QRectF(windowed)));
 
         geometry.toggleFullScreen();
@@ -248,23 +253,6 @@ private Q_SLOTS:
         geometry.toggleFullScreen();
         QTRY_COMPARE(window.geometry(), windowed);
         QVERIFY(!state.isFullscreen());
-    }
-
-    void laterLaunchesHandTheirFilesOver()
-    {
-        SingleInstance first;
-        QVERIFY(first.claim());
-        QSignalSpy opened(&first, &SingleInstance::openRequested);
-        const QList<QUrl> urls{fixtureUrl(QStringLiteral("clip10.mp4")),
-                               QUrl::fromLocalFile(QStringLiteral("/tmp/with space/ä.mkv"))};
-        QVERIFY(SingleInstance::forward(urls));
-        QTRY_COMPARE(opened.size(), 1);
-        QCOMPARE(opened.first().first().value<QList<QUrl>>(), urls);
-
-        // Strings that are not absolute URLs are dropped, not guessed at.
-        first.Open({QStringLiteral("relative/path.mp4"), QStringLiteral("file:///ok.mp4")});
-        QCOMPARE(opened.last().first().value<QList<QUrl>>(),
-                 QList<QUrl>{QUrl(QStringLiteral("file:///ok.mp4"))});
     }
 
     void keyEditorShowsDesktopKeysAndConflicts()
@@ -311,7 +299,6 @@ private Q_SLOTS:
                     .contains(PlayerActions::displayName(PlayerAction::rotateVideo)));
         QVERIFY(conflict(PlayerAction::rotateVideo)
                     .contains(PlayerActions::displayName(PlayerAction::toggleMute)));
-        QCOMPARE(KeyBindingManager().bindings(), manager.bindings()); // saved
 
         model.resetToDefaults();
         QCOMPARE(keyText(PlayerAction::toggleMute), QStringLiteral("M"));
@@ -322,9 +309,9 @@ private Q_SLOTS:
     {
         RunningApp running;
         QVERIFY(running.start());
-        running.window()->requestActivate();
-        QVERIFY(QTest::qWaitForWindowActive(running.window()));
-        QTest::keyClick(running.window(), Qt::Key_Comma, Qt::ControlModifier);
+        running.window->requestActivate();
+        QVERIFY(QTest::qWaitForWindowActive(running.window));
+        QTest::keyClick(running.window, Qt::Key_Comma, Qt::ControlModifier);
         QQuickWindow* settings = nullptr;
         QTRY_VERIFY((settings = [&]() -> QQuickWindow* {
             for (QWindow* window : QGuiApplication::topLevelWindows()) {

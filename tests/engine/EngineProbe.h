@@ -7,25 +7,21 @@
 
 #include <optional>
 #include <QCoroTask>
+#include <type_traits>
 
 namespace velmar::test {
 
-template <typename T> std::optional<T> mpv(PlaybackEngine& engine, const char* name);
-template <> inline std::optional<double> mpv(PlaybackEngine& engine, const char* name)
+template <typename T> std::optional<T> mpv(PlaybackEngine& engine, const char* name)
 {
-    return MPVProperty::readDouble(engine.decoder()->handle(), name);
-}
-template <> inline std::optional<bool> mpv(PlaybackEngine& engine, const char* name)
-{
-    return MPVProperty::readFlag(engine.decoder()->handle(), name);
-}
-template <> inline std::optional<qint64> mpv(PlaybackEngine& engine, const char* name)
-{
-    return MPVProperty::readInt64(engine.decoder()->handle(), name);
-}
-template <> inline std::optional<QString> mpv(PlaybackEngine& engine, const char* name)
-{
-    return MPVProperty::readString(engine.decoder()->handle(), name);
+    mpv_handle* const handle = engine.decoder()->handle();
+    if constexpr (std::is_same_v<T, double>)
+        return MPVProperty::readDouble(handle, name);
+    else if constexpr (std::is_same_v<T, bool>)
+        return MPVProperty::readFlag(handle, name);
+    else if constexpr (std::is_same_v<T, qint64>)
+        return MPVProperty::readInt64(handle, name);
+    else
+        return MPVProperty::readString(handle, name);
 }
 
 inline void seek(PlaybackEngine& engine, double seconds)

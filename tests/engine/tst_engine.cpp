@@ -12,6 +12,7 @@
 #include "features/osd/OSDManager.h"
 #include "features/pip/PiPManager.h"
 #include "features/playlist/PlaybackHistoryManager.h"
+#include "features/playlist/PlaylistManager.h"
 #include "features/track/TrackManager.h"
 #include "infrastructure/mpv/MPVProperties.h"
 #include "model/MediaFiles.h"
@@ -55,7 +56,7 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(engine.currentTime() > 0.3, 5000); // the timer follows libmpv
 
         engine.pause();
-        QTRY_COMPARE(mpv<bool>(engine, "pause"), std::optional<bool>(true));
+        QTRY_COMPARE(mpv<bool>(engine, MPVName::pause), std::optional<bool>(true));
         const double pausedAt = engine.currentTime();
         QTest::qWait(300); // paused: the position stays put
         QCOMPARE(engine.currentTime(), pausedAt);
@@ -102,19 +103,26 @@ private Q_SLOTS:
         QSignalSpy refresh(&engine, &PlaybackEngine::needsFrameRefreshChanged);
         engine.scrubBegan();
         QCOMPARE(engine.state().kind(), Kind::Playing);
-        QTRY_COMPARE(mpv<bool>(engine, "pause"), std::optional<bool>(true));
+        QTRY_COMPARE(mpv<bool>(engine, MPVName::pause), std::optional<bool>(true));
         engine.scrub(12.0);
         QCOMPARE(engine.currentTime(), 12.0);
         QVERIFY(refresh.count() >= 1);
         engine.scrubEnded(16.0);
-        QTRY_COMPARE_WITH_TIMEOUT(mpv<bool>(engine, "pause"), std::optional<bool>(false), 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(mpv<bool>(engine, MPVName::pause), std::optional<bool>(false),
+                                  5000);
         QTRY_VERIFY_WITH_TIMEOUT(engine.currentTime() >= 16.0, 5000);
 
         engine.pause();
         seek(engine, 4.0); // resumes once libmpv has landed
         QVERIFY(!engine.isSeeking());
         QCOMPARE(engine.currentTime(), 4.0);
-        QVERIFY(qAbs(mpv<double>(engine, "time-pos").value_or(-1) - 4.0) < 0.05);
+        QVERIFY(qAbs(mpv<double>(engine, MPVName::timePos).value_or(-1) - 4.0) < 0.05);
+        for (double nowhere : {qQNaN(), qInf()}) { // a seek bar of zero width asks for these
+            engine.scrub(nowhere);
+            seek(engine, nowhere);
+            QCoro::waitFor(engine.seekRelative(nowhere));
+        }
+        QCOMPARE(engine.currentTime(), 4.0);
         player.commands().seekBy(3);
         QVERIFY(qAbs(engine.currentTime() - 7.0) < 0.1);
         QCOMPARE(player.osdText(), QStringLiteral("00:07 / 00:30"));
@@ -133,12 +141,13 @@ private Q_SLOTS:
         seek(engine, 2.0);
         player.commands().stepFrame(true);
         QCOMPARE(player.osdText(), QStringLiteral("Frame \u2192"));
-        QTRY_VERIFY_WITH_TIMEOUT(mpv<double>(engine, "time-pos").value_or(0) > 2.02, 5000);
-        const double afterStep = *mpv<double>(engine, "time-pos");
+        QTRY_VERIFY_WITH_TIMEOUT(mpv<double>(engine, MPVName::timePos).value_or(0) > 2.02, 5000);
+        const double afterStep = *mpv<double>(engine, MPVName::timePos);
         player.commands().stepFrame(false);
         QCOMPARE(player.osdText(), QStringLiteral("\u2190 Frame"));
         QTRY_VERIFY_WITH_TIMEOUT( // one frame at 25 fps back
-            qAbs(mpv<double>(engine, "time-pos").value_or(-1) - (afterStep - 0.04)) < 0.02, 5000);
+            qAbs(mpv<double>(engine, MPVName::timePos).value_or(-1) - (afterStep - 0.04)) < 0.02,
+            5000);
     }
 
     void soundAndSpeedAreAnnouncedAndRemembered()
@@ -152,7 +161,7 @@ private Q_SLOTS:
 
             commands.setVolume(0.5f);
             QCOMPARE(player.osdText(), QStringLiteral("Volume: 50%"));
-            QTRY_COMPARE(mpv<double>(engine, "volume"), std::optional<double>(50.0));
+            QTRY_COMPARE(mpv<double>(engine, MPVName::volume), std::optional<double>(50.0));
             commands.toggleMute();
             QCOMPARE(player.osdText(), QStringLiteral("Muted"));
             commands.setVolume(0.75f);
@@ -162,11 +171,19 @@ private Q_SLOTS:
             commands.adjustVolume(0.1f); // at the limit: no change, no message
             QCOMPARE(messages.count(), 0);
             commands.setVolume(0.5f);
+            // What is not a number (a slider divided by a zero width) changes nothing, and a
+            // speed is one the player offers.
+            commands.setVolume(qQNaN());
+            QCOMPARE(engine.volume(), 0.5f);
 
             commands.cyclePlaybackRate();
             QCOMPARE(engine.playbackRate(), 1.25f);
             QCOMPARE(player.osdText(), QStringLiteral("1.2x"));
-            engine.setPlaybackRate(4.0f);
+            for (float notASpeed : {float(qQNaN()), float(qInf()), 0.0f, -2.0f})
+                engine.setPlaybackRate(notASpeed);
+            QCOMPARE(engine.playbackRate(), 1.25f);
+            engine.setPlaybackRate(100.0f);
+            QCOMPARE(engine.playbackRate(), 4.0f);
             engine.cyclePlaybackRate();
             QCOMPARE(engine.playbackRate(), 0.25f);
             engine.setPlaybackRate(1.1f); // not in the list: back to normal
@@ -174,7 +191,7 @@ private Q_SLOTS:
             QCOMPARE(engine.playbackRate(), 1.0f);
             engine.setPlaybackRate(2.0f); // survives opening a file, and is not remembered
             player.open(fixtureUrl(QStringLiteral("clip10.mp4")));
-            QTRY_COMPARE(mpv<double>(engine, "speed"), std::optional<double>(2.0));
+            QTRY_COMPARE(mpv<double>(engine, MPVName::speed), std::optional<double>(2.0));
         }
         {
             // The next start has the volume and mute back, and says so.
@@ -183,7 +200,8 @@ private Q_SLOTS:
             QVERIFY(player.engine().isMuted());
             QCOMPARE(player.engine().playbackRate(), 1.0f);
             QCOMPARE(player.osdText(), QStringLiteral("Muted"));
-            QTRY_COMPARE(mpv<double>(player.engine(), "volume"), std::optional<double>(50.0));
+            QTRY_COMPARE(mpv<double>(player.engine(), MPVName::volume),
+                         std::optional<double>(50.0));
         }
     }
 
@@ -196,7 +214,8 @@ private Q_SLOTS:
         QCOMPARE(engine.state().kind(), Kind::ViewingImage);
         QCOMPARE(engine.duration(), 0.0);
         QCOMPARE(engine.displayedImage().size(), QSize(320, 240));
-        QTRY_VERIFY(!mpv<QString>(engine, "path")); // the video is stopped; images skip libmpv
+        QTRY_VERIFY(
+            !mpv<QString>(engine, MPVName::path)); // the video is stopped; images skip libmpv
         engine.play();
         QCOMPARE(engine.state().kind(), Kind::ViewingImage);
         player.open(fixtureUrl(QStringLiteral("missing.png")));
@@ -221,17 +240,31 @@ private Q_SLOTS:
         QCOMPARE(engine.state(), PlayerState::error(QStringLiteral(
                                      "Cannot play \u201cx.mkv\u201d: it did not open in time")));
 
-        // A name that is not UTF-8 is passed on as the bytes it is, and the file plays.
-        const QByteArray oddName = QFile::encodeName(dir.path()) + "/caf\xe9 \xff.mp4";
-        std::filesystem::copy_file(
-            QFile::encodeName(fixturePath(QStringLiteral("clip10.mp4"))).toStdString(),
-            oddName.toStdString());
+        // Names that are not UTF-8 reach the disk and libmpv as the bytes they are: a folder
+        // scan finds such a video, which plays with its dates, takes such a subtitle and image.
+        const QByteArray oddFolder = QFile::encodeName(dir.path()) + "/d\xe9j\xe0";
+        const QByteArray oddName = oddFolder + "/caf\xe9 \xff.mp4";
+        std::filesystem::create_directory(oddFolder.toStdString());
+        for (const auto& [fixture, copy] :
+             {std::pair{"clip10.mp4", oddName},
+              std::pair{"still.png", oddFolder + "/\xe9t\xe9.png"},
+              std::pair{"embedded-subtitles.srt", oddFolder + "/s\xe9.srt"}})
+            std::filesystem::copy_file(
+                QFile::encodeName(fixturePath(QLatin1String(fixture))).toStdString(),
+                copy.toStdString());
         const QUrl oddUrl = MediaFiles::urlForLocalPath(oddName);
-        QCOMPARE(MediaFiles::localPath(oddUrl), oddName);
+        QCoro::waitFor(engine.playlist()->addFolder(MediaFiles::urlForLocalPath(oddFolder)));
+        QCOMPARE(engine.playlist()->items().size(), 1);
+        QCOMPARE(engine.playlist()->items().constFirst().url, oddUrl);
         player.open(oddUrl);
         QCOMPARE(engine.state().kind(), Kind::Playing);
         QVERIFY(qAbs(engine.duration() - 10.0) < 0.1);
-        std::filesystem::remove(oddName.toStdString()); // Qt could not name it to remove it
+        QTRY_VERIFY(engine.mediaInfo() && engine.mediaInfo()->modifiedAt);
+        player.commands().addSubtitles({MediaFiles::urlForLocalPath(oddFolder + "/s\xe9.srt")});
+        QTRY_COMPARE(engine.tracks()->subtitleTracks().size(), 1);
+        player.open(MediaFiles::urlForLocalPath(oddFolder + "/\xe9t\xe9.png"));
+        QCOMPARE(engine.displayedImage().size(), QSize(320, 240));
+        std::filesystem::remove_all(oddFolder.toStdString()); // Qt could not name them to remove
     }
 
     void tracksMediaInformationAndColours()
@@ -266,7 +299,8 @@ private Q_SLOTS:
         player.commands().cycleSubtitleTrack();
         QCOMPARE(player.osdText(), QStringLiteral("Subtitle: Off"));
         QCOMPARE(tracks.currentSubtitleID(), 0);
-        QTRY_COMPARE(mpv<QString>(engine, "sid"), std::optional<QString>(QStringLiteral("no")));
+        QTRY_COMPARE(mpv<QString>(engine, MPVName::sid),
+                     std::optional<QString>(QStringLiteral("no")));
 
         player.open(fixtureUrl(QStringLiteral("pq.mkv")));
         QTRY_VERIFY_WITH_TIMEOUT(engine.hdr()->isHDRContent(), 5000);

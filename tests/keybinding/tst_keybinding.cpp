@@ -11,6 +11,7 @@
 #include "infrastructure/keybinding/QtKeyTranslation.h"
 #include "infrastructure/preferences/Preferences.h"
 #include "support/TestSupport.h"
+#include "ui/SettingsModel.h"
 
 #include <QCoroTask>
 #include <QJsonArray>
@@ -79,13 +80,10 @@ private Q_SLOTS:
 
     void defaultTableAndItsTexts()
     {
-        const QList<KeyBinding> defaults = KeyBindings::defaults();
-        QCOMPARE(defaults.size(), 28);
-        QSet<PlayerAction> actions;
-        for (const KeyBinding& binding : defaults)
+        QSet<PlayerAction> actions; // one binding for each action
+        for (const KeyBinding& binding : KeyBindings::defaults())
             actions.insert(binding.action);
-        QCOMPARE(actions.size(), 28);
-        QCOMPARE(defaults.first(), (KeyBinding{PlayerAction::togglePlayPause, 49, 0}));
+        QCOMPARE(actions.size(), KeyBindings::defaults().size());
 
         QCOMPARE(
             (KeyBinding{PlayerAction::seekForwardLarge, 124, KeyModifier::shift}).displayString(),
@@ -149,12 +147,21 @@ private Q_SLOTS:
 
     void changesAreSavedAndSurviveARestart()
     {
+        auto onDisk = [] {
+            QFile file(QSettings(QSettings::IniFormat, QSettings::UserScope,
+                                 QStringLiteral("VelmarPlayer"), QStringLiteral("VelmarPlayer"))
+                           .fileName());
+            return file.open(QIODevice::ReadOnly) && file.readAll().contains("KeyBindings");
+        };
         {
             KeyBindingManager manager;
             QSignalSpy changed(&manager, &KeyBindingManager::bindingsChanged);
             manager.updateBinding(PlayerAction::toggleMute, 0, KeyModifier::command);
             QCOMPARE(changed.size(), 1);
+            // The file is written a moment later off the GUI thread, or when the manager goes.
+            QVERIFY(!onDisk());
         }
+        QVERIFY(onDisk());
         KeyBindingManager reloaded;
         const auto mute =
             std::find_if(reloaded.bindings().begin(), reloaded.bindings().end(),
@@ -271,26 +278,24 @@ private Q_SLOTS:
         QCOMPARE(engine.state().kind(), Kind::Paused);
         QCOMPARE(player.osdText(), QStringLiteral("Paused"));
 
-        // Seek steps come from the preferences at every press; non-positive means default.
+        // Seek steps set in the settings take effect on the very next press, before the file
+        // has them; non-positive means default.
         QCoro::waitFor(engine.seek(2.0));
-        Preferences().setDouble(PreferenceKeys::seekSmallStep, 12.0);
+        SettingsModel settings;
+        settings.setSeekSmallStep(12.0);
         keys.execute(PlayerAction::seekForwardSmall);
         QTRY_COMPARE_WITH_TIMEOUT(qRound(engine.currentTime()), 14, 5000);
-        Preferences().setDouble(PreferenceKeys::seekSmallStep, 0.0);
+        settings.setSeekSmallStep(0.0);
         keys.execute(PlayerAction::seekBackwardSmall);
         QTRY_COMPARE_WITH_TIMEOUT(qRound(engine.currentTime()), 9, 5000);
-        Preferences().setDouble(PreferenceKeys::seekLargeStep, 15.0);
+        settings.setSeekLargeStep(15.0);
         keys.execute(PlayerAction::seekForwardLarge);
         QTRY_COMPARE_WITH_TIMEOUT(qRound(engine.currentTime()), 24, 5000);
 
-        for (int expected : {90, 180, 270, 0}) {
-            keys.execute(PlayerAction::rotateVideo);
-            QCOMPARE(engine.videoRotation(), expected);
-        }
+        keys.execute(PlayerAction::rotateVideo);
+        QCOMPARE(engine.videoRotation(), 90);
         keys.execute(PlayerAction::audioDelayIncrease);
-        keys.execute(PlayerAction::audioDelayIncrease);
-        QVERIFY(qFuzzyCompare(engine.adjustments()->audioDelay(), 0.2));
-        QCOMPARE(player.osdText(), QStringLiteral("Audio delay: +0.20s"));
+        QCOMPARE(player.osdText(), QStringLiteral("Audio delay: +0.10s"));
         keys.execute(PlayerAction::audioDelayReset);
         QCOMPARE(engine.adjustments()->audioDelay(), 0.0);
         QCOMPARE(player.osdText(), QStringLiteral("Audio delay: 0.0s"));

@@ -65,6 +65,16 @@ ff -f lavfi -i "testsrc2=size=320x180:rate=25:duration=3" \
 : > empty.mp4
 head -c 4096 clip10.mp4 > truncated.mp4
 
+# A download that was cut off: 30 s with its index up front, cut at 60 % of its bytes. It
+# opens and plays for about 17 s, then breaks off. (Named to sort after clip10.mp4, which
+# tests expect first in this folder.)
+ff -f lavfi -i "testsrc2=size=320x180:rate=25:duration=30" \
+   -f lavfi -i "sine=frequency=330:sample_rate=48000:duration=30" \
+   -c:v libx264 -preset veryfast -pix_fmt yuv420p -g 25 -c:a aac -b:a 64k -shortest \
+   -movflags +faststart whole.mp4
+head -c $(($(stat -c %s whole.mp4) * 6 / 10)) whole.mp4 > cut-off.mp4
+rm whole.mp4
+
 # Frame sizes for the thumbnail grabber: full HD, a wide film frame, and a small frame with an
 # odd height (4:4:4, since 4:2:0 needs even sizes).
 ff -f lavfi -i "testsrc2=size=1920x1080:rate=5:duration=1" \

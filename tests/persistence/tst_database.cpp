@@ -1,11 +1,13 @@
 // The library database: exact schema, the one-time migration of legacy preference records
 // (marker, idempotence, rollback), the 90-day retention, damaged and unusable files, the file as
 // other tools see it, and crash safety when the writing process is killed.
+#include "app/Player.h"
 #include "app/UserCommands.h"
 #include "engine/PlaybackEngine.h"
 #include "features/bookmark/BookmarkManager.h"
 #include "features/playlist/PlaybackHistoryManager.h"
 #include "infrastructure/persistence/DatabaseManager.h"
+#include "infrastructure/persistence/Library.h"
 #include "infrastructure/persistence/LibraryTables.h"
 #include "infrastructure/preferences/Preferences.h"
 #include "model/TimeFormat.h"
@@ -15,6 +17,7 @@
 #include <QCoroTask>
 #include <QProcess>
 #include <QRandomGenerator>
+#include <unistd.h>
 
 using namespace velmar::test;
 
@@ -35,15 +38,13 @@ const double kRecentlyPlayed = velmar::referenceTimestampNow() - 10 * 86400;
 
 QByteArray legacyHistory()
 {
-    return QString::fromLatin1("[\n"
-                               "        {\"id\": \"0C0FFEE0-0000-4000-8000-000000000001\", "
-                               "\"videoURL\": \"file:///media/a.mp4\",\n"
-                               "         \"title\": \"a\", \"lastPosition\": 42.5, \"duration\": "
-                               "100, \"lastPlayedAt\": %1},\n"
-                               "        {\"id\": \"0C0FFEE0-0000-4000-8000-000000000002\", "
-                               "\"videoURL\": \"file:///media/b%20c.mkv\",\n"
-                               "         \"title\": \"b c\", \"lastPosition\": 7, \"duration\": "
-                               "60, \"lastPlayedAt\": %2}]")
+    return QString::fromLatin1(
+               "[{\"id\": \"0C0FFEE0-0000-4000-8000-000000000001\", \"videoURL\": "
+               "\"file:///media/a.mp4\", \"title\": \"a\", \"lastPosition\": 42.5, "
+               "\"duration\": 100, \"lastPlayedAt\": %1}, {\"id\": "
+               "\"0C0FFEE0-0000-4000-8000-000000000002\", \"videoURL\": "
+               "\"file:///media/b%20c.mkv\", \"title\": \"b c\", \"lastPosition\": 7, "
+               "\"duration\": 60, \"lastPlayedAt\": %2}]")
         .arg(kRecentlyPlayed, 0, 'f', 3)
         .arg(kRecentlyPlayed + 100, 0, 'f', 3)
         .toUtf8();
@@ -51,22 +52,18 @@ QByteArray legacyHistory()
 
 QByteArray legacyBookmarks()
 {
-    return QByteArrayLiteral(
-        "[\n"
-        "        {\"id\": \"B00C0000-0000-4000-8000-000000000001\", \"videoURL\": "
-        "\"file:///media/a.mp4\",\n"
-        "         \"time\": 12.25, \"name\": \"Opening\", \"createdAt\": 785000000, "
-        "\"thumbnailData\": \"/9j/4AA=\"},\n"
-        "        {\"id\": \"B00C0000-0000-4000-8000-000000000002\", \"videoURL\": "
-        "\"file:///media/a.mp4\",\n"
-        "         \"time\": 80, \"name\": \"Credits\", \"createdAt\": 785000001}]");
+    return "[{\"id\": \"B00C0000-0000-4000-8000-000000000001\", \"videoURL\": "
+           "\"file:///media/a.mp4\", \"time\": 12.25, \"name\": \"Opening\", "
+           "\"createdAt\": 785000000, \"thumbnailData\": \"/9j/4AA=\"}, {\"id\": "
+           "\"B00C0000-0000-4000-8000-000000000002\", \"videoURL\": \"file:///media/a.mp4\", "
+           "\"time\": 80, \"name\": \"Credits\", \"createdAt\": 785000001}]";
 }
 
 QByteArray legacyPerFile()
 {
-    return QByteArrayLiteral("{\"/media/a.mp4\": {\"rotation\": 90, \"audioDelay\": 0.25,\n"
-                             "        \"filters\": [{\"id\": \"brightness\", \"isEnabled\": true, "
-                             "\"parameters\": {\"value\": 0.1}}]}}");
+    return "{\"/media/a.mp4\": {\"rotation\": 90, \"audioDelay\": 0.25, \"filters\": "
+           "[{\"id\": \"brightness\", \"isEnabled\": true, \"parameters\": "
+           "{\"value\": 0.1}}]}}";
 }
 
 void storeLegacy(const QByteArray& history, const QByteArray& bookmarks, const QByteArray& perFile)
@@ -76,6 +73,34 @@ void storeLegacy(const QByteArray& history, const QByteArray& bookmarks, const Q
     preferences.setData(kBookmarksKey, bookmarks);
     preferences.setData(kPerFileKey, perFile);
 }
+
+/// A file or folder made read-only for everyone while this lives, root included: the mode bits
+/// do not stop root, the immutable attribute does.
+struct ReadOnly
+{
+    explicit ReadOnly(const QString& path)
+        : path(path)
+    {
+        QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::ExeOwner);
+        chattr("+i");
+        holds = !QFile(QFileInfo(path).isDir() ? path + QStringLiteral("/probe") : path)
+                     .open(QIODevice::Append);
+    }
+    ~ReadOnly()
+    {
+        chattr("-i");
+        QFile::setPermissions(path, QFileDevice::ReadUser | QFileDevice::WriteUser |
+                                        QFileDevice::ExeUser);
+    }
+    void chattr(const char* change) const
+    {
+        if (geteuid() == 0)
+            QProcess::execute(QStringLiteral("chattr"), {QLatin1String(change), path});
+    }
+
+    const QString path;
+    bool holds = false; // not where nothing stops writes (root without the attribute)
+};
 
 bool anyLegacyKey()
 {
@@ -260,17 +285,6 @@ private Q_SLOTS:
             QCOMPARE(count(manager.db(), QStringLiteral("bookmarks")), 0);
             manager.db().execute(QStringLiteral("INSERT INTO schema_info VALUES ('k', 'v')"));
         }
-
-        // A folder that cannot be created.
-        const QString blocked = m_dir.filePath(QStringLiteral("plain-file"));
-        QFile(blocked).open(QIODevice::WriteOnly);
-        DatabaseManager manager(blocked + QStringLiteral("/VelmarPlayer/velmarplayer.db"));
-        DatabaseManager::SetupResult result;
-        const QStringList lines = printedLines([&] { result = manager.setup(); });
-        QCOMPARE(result.outcome, Outcome::Unavailable);
-        QCOMPARE(lines.size(), 1);
-        QVERIFY2(lines[0].startsWith(QStringLiteral("[DatabaseManager] setup failed: ")),
-                 qPrintable(lines[0]));
     }
 
     // The player tells the user once what is wrong with the library and plays on.
@@ -298,54 +312,49 @@ private Q_SLOTS:
             QVERIFY(player.engine().history()->resumePosition(clip) > 5.5);
         }
 
-        // A folder where the file should be: nothing can be stored, which is said once however
-        // often the player tries.
-        freshStart();
-        QVERIFY(QDir().mkpath(libraryPath()));
-        TestPlayer player;
-        const QStringList lines = printedLines([&] {
-            player.open(clip);
-            for (double at : {6.0, 8.0}) {
-                QCoro::waitFor(player.engine().seek(at));
-                player.commands().addBookmark();
-                QTest::qWait(300);
-            }
-        });
-        QCOMPARE(lines
-                     .filter(QStringLiteral("[OSDManager] History and bookmarks cannot be saved: "
-                                            "the library is not writable"))
-                     .size(),
-                 1);
-        QCOMPARE(player.engine().state().kind(), PlayerState::Kind::Playing);
-        QCOMPARE(player.engine().bookmarks()->bookmarks().size(), 2); // this session keeps them
-    }
-
-    void otherToolsSeeTheSameLibrary()
-    {
-        const QString path = freshPath();
-        {
-            DatabaseManager manager(path);
-            manager.setup();
-        }
-        auto sqlite3 = [&](const QString& command) {
-            QProcess process;
-            process.start(QStringLiteral("sqlite3"), {path, command});
-            process.waitForFinished(10000);
-            return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
+        // Nothing can be stored, which is said once however often the player tries: a folder
+        // where the file should be, a library file that is read-only, and one in a read-only
+        // folder.
+        const std::function<std::unique_ptr<ReadOnly>()> unwritable[] = {
+            [] { return QDir().mkpath(libraryPath()), std::unique_ptr<ReadOnly>(); },
+            [] {
+                DatabaseManager(libraryPath()).setup();
+                return std::make_unique<ReadOnly>(libraryPath());
+            },
+            [] {
+                DatabaseManager(libraryPath()).setup();
+                return std::make_unique<ReadOnly>(QFileInfo(libraryPath()).absolutePath());
+            },
         };
-        QStringList tables =
-            sqlite3(QStringLiteral(".tables")).split(QRegularExpression(QStringLiteral("\\s+")));
-        tables.sort();
-        QCOMPARE(tables,
-                 (QStringList{QStringLiteral("bookmarks"), QStringLiteral("per_file_settings"),
-                              QStringLiteral("playback_history"), QStringLiteral("schema_info")}));
-        QCOMPARE(sqlite3(QStringLiteral(".indexes bookmarks"))
-                     .split(QRegularExpression(QStringLiteral("\\s+"))),
-                 (QStringList{QStringLiteral("idx_bookmarks_url"),
-                              QStringLiteral("sqlite_autoindex_bookmarks_1")}));
-        QCOMPARE(sqlite3(QStringLiteral("PRAGMA journal_mode;")), QStringLiteral("wal"));
-        QCOMPARE(sqlite3(QStringLiteral("SELECT key || '=' || value FROM schema_info;")),
-                 QStringLiteral("migrated_from_userdefaults=1"));
+        for (const auto& makeUnwritable : unwritable) {
+            freshStart();
+            const auto readOnly = makeUnwritable();
+            QVERIFY2(!readOnly || readOnly->holds, "this file system lets root write anyway");
+            std::unique_ptr<TestPlayer> player; // it may say so the moment it starts
+            const QStringList lines = printedLines([&] {
+                player = std::make_unique<TestPlayer>();
+                player->open(clip);
+                for (double at : {6.0, 8.0}) {
+                    QCoro::waitFor(player->engine().seek(at));
+                    player->commands().addBookmark();
+                }
+                // Every write has been tried once the pictures are in and the library is idle.
+                const QList<Bookmark>& kept = player->engine().bookmarks()->bookmarks();
+                QTRY_VERIFY(std::all_of(kept.begin(), kept.end(), [](const Bookmark& b) {
+                    return b.thumbnailData.has_value();
+                }));
+                QVERIFY(player->player().library().waitForPendingWrites(std::chrono::seconds(5)));
+                QCoreApplication::processEvents(); // the failures reported meanwhile
+            });
+            QCOMPARE(lines
+                         .filter(QStringLiteral("[OSDManager] History and bookmarks cannot be "
+                                                "saved: the library is not writable"))
+                         .size(),
+                     1);
+            QCOMPARE(player->engine().state().kind(), PlayerState::Kind::Playing);
+            QCOMPARE(player->engine().bookmarks()->bookmarks().size(),
+                     2); // this session keeps them
+        }
     }
 
     void killedWritersNeverCorruptTheLibrary()

@@ -229,17 +229,19 @@ private Q_SLOTS:
     {
         Preferences preferences;
         preferences.remove(PreferenceKeys::windowFrame);
+        const std::optional<QRectF> frame(QRectF(100, 120, 1024, 576));
+        {
+            WindowState saving;
+            QCOMPARE(saving.loadSavedFrame(), std::nullopt);
+            QCOMPARE(saving.videoAspectRatio(), 16.0 / 9.0);
+            QSignalSpy frames(&saving, &WindowState::windowFrameChanged);
+            saving.saveFrame(*frame);
+            saving.saveFrame(*frame);
+            QCOMPARE(frames.count(), 1);
+            QCOMPARE(saving.loadSavedFrame(), frame);
+        } // written by the time its owner has gone
         WindowState state;
-        QCOMPARE(state.loadSavedFrame(), std::nullopt);
-        QCOMPARE(state.videoAspectRatio(), 16.0 / 9.0);
-
-        QSignalSpy frames(&state, &WindowState::windowFrameChanged);
-        state.saveFrame(QRectF(100, 120, 1024, 576));
-        state.saveFrame(QRectF(100, 120, 1024, 576));
-        QCOMPARE(frames.count(), 1);
-        QCOMPARE(state.loadSavedFrame(), std::optional<QRectF>(QRectF(100, 120, 1024, 576)));
-        QTRY_COMPARE(WindowState().loadSavedFrame(),
-                     std::optional<QRectF>(QRectF(100, 120, 1024, 576)));
+        QCOMPARE(state.loadSavedFrame(), frame);
 
         preferences.setValue(PreferenceKeys::windowFrame, QVariantMap{{QStringLiteral("x"), 1.0},
                                                                       {QStringLiteral("y"), 2.0},

@@ -10,7 +10,7 @@ int main(int argc, char** argv)
     QCoreApplication app(argc, argv);
     if (argc < 2)
         return 2;
-    for (const QUrl& url : FolderScanner::scanForVideos(QString::fromLocal8Bit(argv[1])))
+    for (const QUrl& url : FolderScanner::scanForVideos(QByteArray(argv[1])))
         std::printf("%s\n", qPrintable(url.toLocalFile()));
     return 0;
 }

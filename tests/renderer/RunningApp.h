@@ -15,6 +15,7 @@
 #include "features/track/TrackManager.h"
 #include "features/window/WindowState.h"
 #include "infrastructure/keybinding/KeyBindingManager.h"
+#include "infrastructure/mpv/MPVProperties.h"
 #include "support/TestSupport.h"
 #include "ui/Formats.h"
 #include "ui/SymbolIcons.h"
@@ -47,18 +48,27 @@ inline QStringList accessibleNames(QAccessibleInterface* node)
     return names;
 }
 
-/// The started application with its window drawn, silent, at half volume.
+/// The started application with its window drawn, silent, at half volume. Any error libmpv
+/// logs fails the running test, unless the test expects some (broken files).
 struct RunningApp
 {
     std::unique_ptr<AppDelegate> app = std::make_unique<AppDelegate>(libraryPath());
     PlaybackEngine* engine = app->engine();
     QQuickWindow* window = nullptr;
     QQuickItem* view = nullptr;
+    LibmpvErrorGuard libmpvErrors{engine->decoder()};
+
+    ~RunningApp()
+    {
+        app.reset();
+        libmpvErrors.check();
+    }
+    void expectLibmpvErrors() { libmpvErrors.expect(); }
 
     bool start(const QList<QUrl>& files = {})
     {
-        engine->decoder()->setMPVString("ao", u"null"_s);
-        engine->decoder()->setMPVString("hwdec", u"no"_s);
+        engine->decoder()->setMPVString(MPVName::ao, u"null"_s);
+        engine->decoder()->setMPVString(MPVName::hwdec, u"no"_s);
         if (!app->start(files) || !QTest::qWaitForWindowExposed(app->mainWindow()))
             return false;
         window = app->mainWindow();

@@ -6,6 +6,8 @@
 #include "engine/MPVDecoder.h"
 #include "engine/PlaybackEngine.h"
 #include "features/osd/OSDManager.h"
+#include "infrastructure/mpv/MPVProperties.h"
+#include "infrastructure/system/NowPlayingManager.h"
 
 #include <cstdio>
 #include <cstring>
@@ -81,20 +83,33 @@ GuiHeartbeat::GuiHeartbeat()
     m_beat.start();
 }
 
+LibmpvErrorGuard::LibmpvErrorGuard(MPVDecoder* decoder)
+{
+    QObject::connect(decoder, &MPVDecoder::errorLogged, &m_context, [this](const QString& text) {
+        // The silent output's own bookkeeping complaint when playback resumes after a pause;
+        // sound is not what these tests look at.
+        if (!text.startsWith(QLatin1String("ao/null: illegal state")))
+            m_errors << text;
+    });
+}
+
+void LibmpvErrorGuard::check() const
+{
+    if (!m_errors.isEmpty() && !m_expected)
+        QTest::qFail(qPrintable(QStringLiteral("libmpv logged errors: ") +
+                                m_errors.join(QStringLiteral("; "))),
+                     __FILE__, __LINE__);
+}
+
 TestPlayer::TestPlayer(QSize windowSize)
     : m_player(std::make_unique<Player>(libraryPath()))
     , m_window(std::make_unique<QQuickWindow>())
     , m_view(new MPVVideoView(m_window->contentItem()))
+    , m_libmpvErrors(m_player->engine().decoder())
 {
     MPVDecoder* decoder = engine().decoder();
-    decoder->setMPVString("ao", QStringLiteral("null"));
-    decoder->setMPVString("hwdec", QStringLiteral("no"));
-    QObject::connect(decoder, &MPVDecoder::errorLogged, decoder, [this](const QString& text) {
-        // The silent output's own bookkeeping complaint when playback resumes after a pause;
-        // sound is not what these tests look at.
-        if (!text.startsWith(QLatin1String("ao/null: illegal state")))
-            m_libmpvErrors << text;
-    });
+    decoder->setMPVString(MPVName::ao, QStringLiteral("null"));
+    decoder->setMPVString(MPVName::hwdec, QStringLiteral("no"));
 
     m_window->resize(windowSize);
     m_window->setColor(Qt::black);
@@ -111,17 +126,19 @@ TestPlayer::TestPlayer(QSize windowSize)
         m_view->refresh();
         engine().acknowledgeFrameRefresh();
     });
+    // The desktop finds the player once the bus has given it its name (when no other has it).
+    QSignalSpy named(&m_player->nowPlaying(), &NowPlayingManager::busNameSettled);
     m_player->startDesktopServices();
+    if (named.isEmpty() && !named.wait())
+        QTest::qFail("the bus did not answer the request for the player's name", __FILE__,
+                     __LINE__);
 }
 
 TestPlayer::~TestPlayer()
 {
     m_window.reset();
     m_player.reset();
-    if (!m_libmpvErrors.isEmpty() && !m_libmpvErrorsExpected)
-        QTest::qFail(qPrintable(QStringLiteral("libmpv logged errors: ") +
-                                m_libmpvErrors.join(QStringLiteral("; "))),
-                     __FILE__, __LINE__);
+    m_libmpvErrors.check();
 }
 
 void TestPlayer::endPlayerFirst()
@@ -229,6 +246,29 @@ void finishBackgroundWork()
     }
 }
 
+namespace {
+
+/// The command line QtTest runs: as given, or, with VELMAR_TEST_ORDER=reverse and no test
+/// function named, every test function named last to first, so that a test that passes only
+/// after another one shows up.
+QStringList testArguments(const QObject* testObject, const QStringList& given)
+{
+    static const QRegularExpression notATest(QStringLiteral("^(init|cleanup)(TestCase)?$|_data$"));
+    const QMetaObject* meta = testObject->metaObject();
+    QStringList reversed;
+    for (int i = meta->methodOffset(); i < meta->methodCount(); ++i) {
+        const QString name = QString::fromLatin1(meta->method(i).name());
+        if (meta->method(i).access() == QMetaMethod::Private && !notATest.match(name).hasMatch())
+            reversed.prepend(name);
+    }
+    const bool chosen = std::any_of(given.begin() + 1, given.end(), [&](const QString& argument) {
+        return reversed.contains(argument.section(QLatin1Char(':'), 0, 0));
+    });
+    return qgetenv("VELMAR_TEST_ORDER") != "reverse" || chosen ? given : given + reversed;
+}
+
+} // namespace
+
 int runTests(QObject* testObject, int argc, char** argv)
 {
     AppDelegate::prepareGraphics();
@@ -236,7 +276,10 @@ int runTests(QObject* testObject, int argc, char** argv)
     QGuiApplication::setApplicationName(QStringLiteral("VelmarPlayer"));
     QGuiApplication::setOrganizationName(QStringLiteral("VelmarPlayer"));
     QStandardPaths::setTestModeEnabled(true);
-    const int failures = QTest::qExec(testObject, argc, argv);
+    QStringList given;
+    for (int i = 0; i < argc; ++i)
+        given << QString::fromLocal8Bit(argv[i]);
+    const int failures = QTest::qExec(testObject, testArguments(testObject, given));
     // Coroutines still waiting when the application object goes would never be resumed, and
     // LeakSanitizer would report what they hold.
     finishBackgroundWork();

@@ -12,6 +12,7 @@
 #include <QtTest>
 #include <QUrl>
 
+class MPVDecoder;
 class MPVVideoView;
 class PlaybackEngine;
 class Player;
@@ -58,6 +59,22 @@ private:
     qint64 m_longest = 0;
 };
 
+/// Fails the running test on any error libmpv logs through the decoder, unless the test
+/// expects some (broken files). Its owner checks once the decoder is gone, so that errors
+/// logged on the way out count too.
+class LibmpvErrorGuard
+{
+public:
+    explicit LibmpvErrorGuard(MPVDecoder* decoder);
+    void expect() { m_expected = true; }
+    void check() const;
+
+private:
+    QObject m_context; // the connection goes with the guard
+    QStringList m_errors;
+    bool m_expected = false;
+};
+
 /// A player as the application builds it, with a real window showing its video: sound goes
 /// nowhere and hardware decoding is off, so tests run the same on any machine. Any error
 /// libmpv logs fails the running test, unless the test expects some (broken files).
@@ -83,14 +100,13 @@ public:
     /// Ends the player while its window stays up, as when the core goes first.
     void endPlayerFirst();
     /// Broken media makes libmpv log errors; the test that opens it says so.
-    void expectLibmpvErrors() { m_libmpvErrorsExpected = true; }
+    void expectLibmpvErrors() { m_libmpvErrors.expect(); }
 
 private:
     std::unique_ptr<Player> m_player;
     std::unique_ptr<QQuickWindow> m_window;
     MPVVideoView* m_view;
-    QStringList m_libmpvErrors;
-    bool m_libmpvErrorsExpected = false;
+    LibmpvErrorGuard m_libmpvErrors;
 };
 
 /// Waits until the window has drawn no frame for `stillMs` in a row, as it should once its

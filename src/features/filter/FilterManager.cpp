@@ -37,11 +37,15 @@ QList<StandardFilter> FilterManager::defaultFilters()
 
 void FilterManager::setFilter(const QString& id, bool isEnabled, float value)
 {
+    // A slider divided by a zero width reads NaN: not a value to turn into libmpv's integers.
+    if (!std::isfinite(value))
+        return;
     for (StandardFilter& filter : m_filters) {
         if (filter.id != id || filter.parameters.isEmpty())
             continue;
         filter.isEnabled = isEnabled;
-        filter.parameters.first().value = value;
+        FilterParameter& parameter = filter.parameters.first();
+        parameter.value = std::clamp(value, parameter.minValue, parameter.maxValue);
         Q_EMIT filtersChanged();
         return;
     }

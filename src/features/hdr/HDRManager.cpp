@@ -4,17 +4,18 @@
 
 using velmar::assignIfChanged;
 
-void HDRManager::handlePropertyChange(const QString& name, const std::optional<QString>& value)
+void HDRManager::updateTransferFunction(const QString& name)
 {
-    if (name == QLatin1String("video-params/gamma")) {
-        const QString transfer = value.value_or(QStringLiteral("bt.1886"));
-        setTransferFunction(transfer);
-        // Case matters: libmpv's names are lower case, anything else is not a known HDR curve.
-        setIsHDRContent(transfer == QLatin1String("pq") || transfer == QLatin1String("hlg"));
-    } else if (name == QLatin1String("video-params/primaries")) {
-        // Wide primaries alone (BT.2020 with an SDR curve) are not HDR.
-        setPrimaries(value.value_or(QStringLiteral("bt.709")));
-    }
+    const QString transfer = name.isNull() ? QStringLiteral("bt.1886") : name;
+    setTransferFunction(transfer);
+    // Case matters: libmpv's names are lower case, anything else is not a known HDR curve.
+    setIsHDRContent(transfer == QLatin1String("pq") || transfer == QLatin1String("hlg"));
+}
+
+void HDRManager::updatePrimaries(const QString& name)
+{
+    // Wide primaries alone (BT.2020 with an SDR curve) are not HDR.
+    setPrimaries(name.isNull() ? QStringLiteral("bt.709") : name);
 }
 
 void HDRManager::reset()

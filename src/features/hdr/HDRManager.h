@@ -26,14 +26,11 @@ public:
     /// Linux offers no query for a display's extended range headroom, so this stays 1.0.
     double maxEDR() const { return m_maxEDR; }
 
-    /// Takes a change of "video-params/gamma" or "video-params/primaries"; an absent value
-    /// means libmpv does not know the video parameters yet.
-    void handlePropertyChange(const QString& name, const std::optional<QString>& value);
-    /// The same, with a null text for an absent value.
-    void handleParameter(const QString& name, const QString& value)
-    {
-        handlePropertyChange(name, value.isNull() ? std::nullopt : std::optional(value));
-    }
+    /// Takes libmpv's name of the video's transfer function; a null text means libmpv does
+    /// not know the video's parameters yet.
+    void updateTransferFunction(const QString& name);
+    /// The same for the colour primaries.
+    void updatePrimaries(const QString& name);
     void reset();
 
 Q_SIGNALS:

@@ -2,6 +2,7 @@
 
 #include "base/PropertyUpdate.h"
 #include "FolderScanner.h"
+#include "model/MediaFiles.h"
 
 #include <QCoroFuture>
 #include <QPointer>
@@ -24,7 +25,7 @@ QCoro::Task<bool> PlaylistManager::addFolder(QUrl folder)
 {
     QPointer<PlaylistManager> self(this);
     const quint64 generation = ++m_scanGeneration;
-    const QString path = folder.toLocalFile();
+    const QByteArray path = MediaFiles::localPath(folder);
     // The items are built on the worker too, so the GUI thread only appends a finished list.
     // (A named future, not a temporary: GCC 12 destroys temporaries of a co_await operand twice.)
     QFuture<QList<PlaylistItem>> scan = QtConcurrent::run([path] {

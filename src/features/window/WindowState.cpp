@@ -42,8 +42,7 @@ void WindowState::setPriorWindowedFrame(const std::optional<QRectF>& frame)
 
 std::optional<QRectF> WindowState::loadSavedFrame() const
 {
-    const QVariant stored = m_writer.pendingValue(PreferenceKeys::windowFrame)
-                                .value_or(Preferences().value(PreferenceKeys::windowFrame));
+    const QVariant stored = Preferences().value(PreferenceKeys::windowFrame);
     if (stored.typeId() != QMetaType::QVariantMap)
         return std::nullopt;
     const QVariantMap map = stored.toMap();

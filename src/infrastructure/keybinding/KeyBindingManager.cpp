@@ -114,7 +114,7 @@ void KeyBindingManager::resetToDefaults()
 
 void KeyBindingManager::save()
 {
-    Preferences().setData(PreferenceKeys::keyBindings, KeyBindings::toJson(m_bindings));
+    m_writer.setValue(PreferenceKeys::keyBindings, KeyBindings::toJson(m_bindings));
 }
 
 bool KeyBindingManager::keysBelongToPlayer() const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "infrastructure/preferences/PreferenceWriter.h"
 #include "KeyBinding.h"
 
 #include <QElapsedTimer>
@@ -59,4 +60,5 @@ private:
     QElapsedTimer m_clock;
     qint64 m_lastSeekMs = -1;
     QList<KeyBinding> m_bindings;
+    PreferenceWriter m_writer; // saves a moment after the last change, and when it goes
 };

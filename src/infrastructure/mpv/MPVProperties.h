@@ -4,8 +4,32 @@
 #include <optional>
 #include <QString>
 
-/// Names of the libmpv properties and commands the player uses, each written once.
+/// Names of the libmpv properties, options and commands the player uses, each written once.
 namespace MPVName {
+// Options, set once before the core starts (and "vo" again when the video output moves)
+inline constexpr const char* vo = "vo";
+inline constexpr const char* ao = "ao";
+inline constexpr const char* config = "config";
+inline constexpr const char* inputDefaultBindings = "input-default-bindings";
+inline constexpr const char* inputVoKeyboard = "input-vo-keyboard";
+inline constexpr const char* inputMediaKeys = "input-media-keys";
+inline constexpr const char* hwdec = "hwdec";
+inline constexpr const char* osdLevel = "osd-level";
+inline constexpr const char* keepOpen = "keep-open";
+inline constexpr const char* ytdl = "ytdl";
+inline constexpr const char* idle = "idle";
+inline constexpr const char* toneMapping = "tone-mapping";
+inline constexpr const char* hdrComputePeak = "hdr-compute-peak";
+inline constexpr const char* targetColorspaceHint = "target-colorspace-hint";
+inline constexpr const char* subAuto = "sub-auto";
+inline constexpr const char* hrSeek = "hr-seek";
+inline constexpr const char* hrSeekFramedrop = "hr-seek-framedrop";
+inline constexpr const char* loadScripts = "load-scripts";
+inline constexpr const char* loadStatsOverlay = "load-stats-overlay";
+inline constexpr const char* loadOsdConsole = "load-osd-console";
+inline constexpr const char* loadAutoProfiles = "load-auto-profiles";
+inline constexpr const char* osc = "osc";
+inline constexpr const char* audioClientName = "audio-client-name";
 // Observed: playback
 inline constexpr const char* pause = "pause";
 inline constexpr const char* timePos = "time-pos";
@@ -44,6 +68,23 @@ inline constexpr const char* saturation = "saturation";
 inline constexpr const char* videoFilters = "vf";
 inline constexpr const char* deband = "deband";
 inline constexpr const char* debandThreshold = "deband-threshold";
+// Read
+inline constexpr const char* path = "path";
+// Commands, each followed by the flags the player passes it
+inline constexpr const char* loadfile = "loadfile";
+inline constexpr const char* stop = "stop";
+inline constexpr const char* seek = "seek";
+inline constexpr const char* seekAbsolute = "absolute";
+inline constexpr const char* seekExact = "exact";
+inline constexpr const char* seekRelative = "relative";
+inline constexpr const char* seekKeyframes = "keyframes";
+inline constexpr const char* frameStep = "frame-step";
+inline constexpr const char* frameBackStep = "frame-back-step";
+inline constexpr const char* subAdd = "sub-add";
+inline constexpr const char* subAddSelect = "select";
+inline constexpr const char* subRemove = "sub-remove";
+inline constexpr const char* screenshotToFile = "screenshot-to-file";
+inline constexpr const char* screenshotVideoOnly = "video";
 } // namespace MPVName
 
 /// Synchronous typed property reads: each returns nothing when libmpv cannot answer (no

@@ -1,5 +1,6 @@
 #include "PreferenceWriter.h"
 
+#include "PendingPreferences.h"
 #include "Preferences.h"
 
 #include <QtConcurrent/QtConcurrentRun>
@@ -10,10 +11,14 @@ constexpr int kWriteDelayMs = 500;
 
 void write(const QHash<QString, QVariant>& values)
 {
-    Preferences preferences;
+    {
+        Preferences preferences;
+        for (auto it = values.begin(); it != values.end(); ++it)
+            preferences.setValue(it.key(), it.value());
+    } // the settings file is written when `preferences` goes
     for (auto it = values.begin(); it != values.end(); ++it)
-        preferences.setValue(it.key(), it.value());
-} // the settings file is written when `preferences` goes
+        PendingPreferences::settle(it.key(), it.value());
+}
 
 } // namespace
 
@@ -33,14 +38,9 @@ PreferenceWriter::~PreferenceWriter()
 
 void PreferenceWriter::setValue(const QString& key, const QVariant& value)
 {
+    PendingPreferences::hold(key, value);
     m_pending.insert(key, value);
     m_delay.start();
-}
-
-std::optional<QVariant> PreferenceWriter::pendingValue(const QString& key) const
-{
-    const auto found = m_pending.constFind(key);
-    return found == m_pending.constEnd() ? std::nullopt : std::optional(*found);
 }
 
 void PreferenceWriter::flush()

@@ -8,8 +8,9 @@
 #include <QVariant>
 
 /// Writes preferences a moment after the last change, off the GUI thread, so that a window
-/// drag or a held volume key costs one write of the settings file instead of hundreds. What
-/// is still pending when the writer goes is written before it does.
+/// drag, a held volume key or a slider costs one write of the settings file instead of
+/// hundreds. Every Preferences reader sees a value from the moment it is set (see
+/// PendingPreferences). What is still pending when the writer goes is written before it does.
 ///
 /// GUI thread only.
 class PreferenceWriter : public QObject
@@ -22,8 +23,6 @@ public:
 
     /// Remembers the value and writes it soon (the latest value of a key wins).
     void setValue(const QString& key, const QVariant& value);
-    /// The value waiting to be written, if any: readers that may run before the write see it.
-    std::optional<QVariant> pendingValue(const QString& key) const;
     /// Writes what is pending now, and waits for it.
     void flush();
 

@@ -1,5 +1,7 @@
 #include "Preferences.h"
 
+#include "PendingPreferences.h"
+
 #include <cmath>
 
 Preferences::Preferences()
@@ -9,29 +11,30 @@ Preferences::Preferences()
 
 bool Preferences::contains(const QString& key) const
 {
-    return m_settings.contains(key);
+    return PendingPreferences::value(key) || m_settings.contains(key);
 }
 
 bool Preferences::boolValue(const QString& key) const
 {
-    return m_settings.value(key, false).toBool();
+    return value(key).toBool();
 }
 
 double Preferences::doubleValue(const QString& key) const
 {
     bool ok = false;
-    const double value = m_settings.value(key).toDouble(&ok);
-    return ok && std::isfinite(value) ? value : 0.0;
+    const double number = value(key).toDouble(&ok);
+    return ok && std::isfinite(number) ? number : 0.0;
 }
 
 QByteArray Preferences::dataValue(const QString& key) const
 {
-    return m_settings.value(key).toByteArray();
+    return value(key).toByteArray();
 }
 
 QVariant Preferences::value(const QString& key) const
 {
-    return m_settings.value(key);
+    // A value still on its way to the file is the one that counts.
+    return PendingPreferences::value(key).value_or(m_settings.value(key));
 }
 
 void Preferences::setValue(const QString& key, const QVariant& value)
@@ -67,7 +70,7 @@ void Preferences::remove(const QString& key)
 std::optional<float> Preferences::storedVolume() const
 {
     bool isNumber = false;
-    const double volume = m_settings.value(PreferenceKeys::volume).toDouble(&isNumber);
+    const double volume = value(PreferenceKeys::volume).toDouble(&isNumber);
     if (!contains(PreferenceKeys::volume) || !isNumber || std::isnan(volume))
         return std::nullopt;
     return float(std::clamp(volume, 0.0, 1.0));

@@ -22,6 +22,7 @@ inline const QString volume = QStringLiteral("VelmarPlayer.volume");
 inline const QString isMuted = QStringLiteral("VelmarPlayer.isMuted");
 inline const QString windowFrame = QStringLiteral("VelmarPlayer.WindowFrame");
 inline const QString keyBindings = QStringLiteral("VelmarPlayer.KeyBindings");
+inline const QString pipFrame = QStringLiteral("VelmarPlayer.PiPFrame");
 // Records older versions kept here, moved into the library once.
 inline const QString legacyHistory = QStringLiteral("VelmarPlayer.PlaybackHistory");
 inline const QString legacyBookmarks = QStringLiteral("VelmarPlayer.Bookmarks");
@@ -31,7 +32,8 @@ inline const QString legacyPerFileSettings = QStringLiteral("VelmarPlayer.PerFil
 /// The per-user key/value store (an INI file under $XDG_CONFIG_HOME/VelmarPlayer). No defaults
 /// are registered: every reader supplies its own fallback, and the typed readers below carry the
 /// fallbacks the player uses. This is the only code that touches QSettings. Each instance is
-/// used by one thread; instances on different threads see each other's writes.
+/// used by one thread; instances on different threads see each other's writes, and readers
+/// see the values a PreferenceWriter has yet to write.
 class Preferences
 {
 public:

@@ -4,7 +4,6 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDesktopServices>
-#include <QFileInfo>
 #include <QUrl>
 
 namespace FileRevealer {
@@ -13,17 +12,17 @@ namespace {
 
 /// Without a file manager that selects files, the folder opens in whatever the desktop uses
 /// for folders. Outside a desktop session there is nothing to show it in.
-void openFolder(const QString& folder)
+void openFolder(const QUrl& folder)
 {
     if (!qEnvironmentVariableIsEmpty("XDG_CURRENT_DESKTOP"))
-        QDesktopServices::openUrl(QUrl::fromLocalFile(folder));
+        QDesktopServices::openUrl(folder);
 }
 
 } // namespace
 
-void reveal(const QString& filePath)
+void reveal(const QUrl& file)
 {
-    const QString folder = QFileInfo(filePath).absolutePath();
+    const QUrl folder = file.adjusted(QUrl::RemoveFilename);
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected()) {
         openFolder(folder);
@@ -33,7 +32,7 @@ void reveal(const QString& filePath)
         QStringLiteral("org.freedesktop.FileManager1"),
         QStringLiteral("/org/freedesktop/FileManager1"),
         QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
-    call << QStringList{QUrl::fromLocalFile(filePath).toString(QUrl::FullyEncoded)} << QString();
+    call << QStringList{file.toString(QUrl::FullyEncoded)} << QString();
     // Asynchronous: a slow file manager must not stall playback.
     auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(call, 2000));
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher,

@@ -1,11 +1,12 @@
 #pragma once
 
-#include <QString>
+#include <QUrl>
 
 /// Shows a file in the desktop's file manager (org.freedesktop.FileManager1), or opens its
-/// folder when no file manager answers. Returns at once; GUI thread.
+/// folder when no file manager answers. The file goes by its URL, which keeps a name that is
+/// not UTF-8 intact. Returns at once; GUI thread.
 namespace FileRevealer {
 
-void reveal(const QString& filePath);
+void reveal(const QUrl& file);
 
 } // namespace FileRevealer

@@ -7,6 +7,9 @@
 
 #include <cmath>
 #include <QCryptographicHash>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
 
 namespace {
 
@@ -18,6 +21,14 @@ constexpr int kSeekSettleMs = 100;
 qint64 toMicroseconds(double seconds)
 {
     return std::isfinite(seconds) ? qint64(std::llround(seconds * 1e6)) : 0;
+}
+
+/// A call to the bus daemon itself.
+QDBusMessage busCall(const QString& method)
+{
+    return QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
+                                          QStringLiteral("/org/freedesktop/DBus"),
+                                          QStringLiteral("org.freedesktop.DBus"), method);
 }
 
 QString statusName(NowPlayingManager::PlaybackState state)
@@ -56,38 +67,64 @@ NowPlayingManager::~NowPlayingManager()
 {
     if (!m_player)
         return;
-    m_bus.unregisterService(MPRISNames::service);
+    // Given back without waiting for the answer; the bus would drop it with the connection.
+    if (m_nameRequested)
+        m_bus.send(busCall(QStringLiteral("ReleaseName")) << MPRISNames::service);
     m_bus.unregisterObject(MPRISNames::objectPath);
 }
 
 void NowPlayingManager::setupRemoteCommands()
 {
-    const QString off = QStringLiteral(": media keys and desktop media controls are off");
-    if (!m_bus.isConnected()) {
-        velmar::logLine(QStringLiteral("[NowPlayingManager] No session bus") + off);
-        return;
-    }
-    auto* root = new MPRISRootAdaptor(this);
-    auto* player = new MPRISPlayerAdaptor(this, m_bus);
+    if (!m_bus.isConnected())
+        return giveUp(QStringLiteral("No session bus"));
+    m_root = new MPRISRootAdaptor(this);
+    m_player = new MPRISPlayerAdaptor(this, m_bus);
     // The object must answer before the name appears: desktops query a player as soon as
     // they see it.
-    const bool registered =
-        m_bus.registerObject(MPRISNames::objectPath, this, QDBusConnection::ExportAdaptors);
-    if (!registered || !m_bus.registerService(MPRISNames::service)) {
-        if (registered)
-            m_bus.unregisterObject(MPRISNames::objectPath);
-        delete player;
-        delete root;
-        velmar::logLine(QStringLiteral("[NowPlayingManager] ") + MPRISNames::service +
-                        QStringLiteral(" is already taken") + off);
-        return;
-    }
-    m_player = player;
+    if (!m_bus.registerObject(MPRISNames::objectPath, this, QDBusConnection::ExportAdaptors))
+        return giveUp(MPRISNames::service + QStringLiteral(" is already taken"));
     m_player->setPlaybackStatus(statusName(m_state));
     m_player->setTrack(m_trackId, m_title, toMicroseconds(m_duration));
     m_player->setRate(m_rate);
     m_player->setVolume(m_volume);
     m_player->setRateLimits(m_minimumRate, m_maximumRate);
+    claimName();
+}
+
+void NowPlayingManager::claimName()
+{
+    // Only the name, not a place in the queue for it: a player that cannot have it now
+    // runs without it.
+    constexpr uint kDoNotQueue = 0x4;
+    constexpr uint kPrimaryOwner = 1;
+    constexpr uint kAlreadyOwner = 4;
+    m_nameRequested = true;
+    auto* answer =
+        new QDBusPendingCallWatcher(m_bus.asyncCall(busCall(QStringLiteral("RequestName"))
+                                                    << MPRISNames::service << kDoNotQueue),
+                                    this);
+    connect(answer, &QDBusPendingCallWatcher::finished, this,
+            [this](QDBusPendingCallWatcher* call) {
+                call->deleteLater();
+                const QDBusPendingReply<uint> reply = *call;
+                if (reply.isError() ||
+                    (reply.value() != kPrimaryOwner && reply.value() != kAlreadyOwner)) {
+                    m_nameRequested = false;
+                    m_bus.unregisterObject(MPRISNames::objectPath);
+                    return giveUp(MPRISNames::service + QStringLiteral(" is already taken"));
+                }
+                m_ownsName = true;
+                Q_EMIT busNameSettled();
+            });
+}
+
+void NowPlayingManager::giveUp(const QString& why)
+{
+    delete std::exchange(m_player, nullptr);
+    delete std::exchange(m_root, nullptr);
+    velmar::logLine(QStringLiteral("[NowPlayingManager] ") + why +
+                    QStringLiteral(": media keys and desktop media controls are off"));
+    Q_EMIT busNameSettled();
 }
 
 void NowPlayingManager::setTrack(const QUrl& url, const QString& title, double duration,

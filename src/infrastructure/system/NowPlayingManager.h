@@ -8,6 +8,7 @@
 #include <QUrl>
 
 class MPRISPlayerAdaptor;
+class MPRISRootAdaptor;
 
 /// Tells the desktop what is playing and hands on its media controls (media keys, headphone
 /// buttons, the desktop's media widgets), over MPRIS 2 on the session bus. It knows nothing of
@@ -15,8 +16,9 @@ class MPRISPlayerAdaptor;
 /// Without a bus, or with the player's name already taken, it logs one line and the player
 /// runs on without it.
 ///
-/// GUI thread only: the bus delivers commands on the thread the manager lives on, and every
-/// command is answered at once, before its request is acted on.
+/// GUI thread only, and it never waits for the bus: the player's name is asked for and given
+/// back asynchronously. The bus delivers commands on the thread the manager lives on, and
+/// every command is answered at once, before its request is acted on.
 class NowPlayingManager : public QObject
 {
     Q_OBJECT
@@ -30,10 +32,11 @@ public:
     explicit NowPlayingManager(const QDBusConnection& bus, QObject* parent = nullptr);
     ~NowPlayingManager() override;
 
-    /// Claims the player's name on the bus and starts answering. Call once.
+    /// Starts answering on the bus and asks for the player's name; `busNameSettled` tells
+    /// how that ended. Call once.
     void setupRemoteCommands();
     /// Whether the desktop can see and command the player.
-    bool isOnBus() const { return m_player != nullptr; }
+    bool isOnBus() const { return m_ownsName; }
 
     /// The track of `url` (none for an empty URL) with its title, its duration and where
     /// playback stands in it, in seconds. A new file starting somewhere is not a seek.
@@ -65,10 +68,19 @@ Q_SIGNALS:
     void volumeRequested(double volume);
     void raiseRequested();
     void openRequested(const QUrl& url);
+    /// The player's name is the manager's (`isOnBus`), or it cannot be: another program holds
+    /// it, or there is no bus.
+    void busNameSettled();
 
 private:
+    void claimName();
+    void giveUp(const QString& why);
+
     QDBusConnection m_bus;
-    MPRISPlayerAdaptor* m_player = nullptr; // present exactly while on the bus
+    MPRISPlayerAdaptor* m_player = nullptr; // present while answering on the bus
+    MPRISRootAdaptor* m_root = nullptr;
+    bool m_nameRequested = false;
+    bool m_ownsName = false;
     PlaybackState m_state = PlaybackState::Stopped;
     QDBusObjectPath m_trackId;
     QString m_title;
