@@ -101,8 +101,8 @@ for quit in TERM:20 INT:14 QUIT:11 HUP:8; do
   [ "${quit%:*}" = TERM ] || start "$fixtures/clip30.mp4" "clip30"
   playerctl -p velmarplayer position "${quit#*:}"
   if [ "${quit%:*}" = QUIT ]; then
-    dbus-send --session --dest=org.mpris.MediaPlayer2.velmarplayer /org/mpris/MediaPlayer2 \
-      org.mpris.MediaPlayer2.Quit
+    dbus-send --session --print-reply --dest=org.mpris.MediaPlayer2.velmarplayer \
+      /org/mpris/MediaPlayer2 org.mpris.MediaPlayer2.Quit >/dev/null
   else
     kill -"${quit%:*}" "$pid"
   fi

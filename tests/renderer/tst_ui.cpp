@@ -65,6 +65,7 @@ private Q_SLOTS:
         QVERIFY(running.shows("videoView"));
 
         // Nothing comes through the pipe: an error, with the engine's message.
+        running.expectLibmpvErrors();
         ::close(::open(pipe.constData(), O_WRONLY));
         QTRY_COMPARE_WITH_TIMEOUT(running.engine->state().kind(), Kind::Error, 10000);
         QTRY_VERIFY(running.accessibleText().contains(u"Cannot play \u201cslow.mp4\u201d"_s));

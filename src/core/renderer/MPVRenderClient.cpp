@@ -1,6 +1,7 @@
 #include "MPVRenderClient.h"
 
 #include "base/Log.h"
+#include "infrastructure/mpv/MPVProperties.h"
 
 #include <QCoreApplication>
 #include <QThread>
@@ -74,7 +75,7 @@ void MPVRenderClient::renderContextCreated()
     // the core is safe here, as in freeing: with advanced control off, the core never waits for
     // a render thread.
     if (m_hasFreedRenderContext)
-        mpv_set_property_string(m_handle, "vo", "libmpv");
+        mpv_set_property_string(m_handle, MPVName::vo, "libmpv");
 }
 
 void MPVRenderClient::withdrawClaim()
@@ -84,5 +85,5 @@ void MPVRenderClient::withdrawClaim()
 
 void MPVRenderClient::parkVideoOutput()
 {
-    mpv_set_property_string(m_handle, "vo", "null");
+    mpv_set_property_string(m_handle, MPVName::vo, "null");
 }

@@ -8,7 +8,6 @@
 
 namespace {
 
-const QString kFrameKey = QStringLiteral("VelmarPlayer.PiPFrame");
 constexpr int kScreenMargin = 24;
 constexpr int kMinimumWidth = 240;
 const QSizeF kFallbackAspect(16, 9);
@@ -22,9 +21,7 @@ QSize fitted(int width, const QSizeF& aspect)
 
 std::optional<QRect> PiPManager::savedFrame() const
 {
-    // The last frame may still wait to be written when the window opens again at once.
-    const QVariantMap map =
-        m_writer.pendingValue(kFrameKey).value_or(Preferences().value(kFrameKey)).toMap();
+    const QVariantMap map = Preferences().value(PreferenceKeys::pipFrame).toMap();
     const QRect frame(
         map.value(QStringLiteral("x")).toInt(), map.value(QStringLiteral("y")).toInt(),
         map.value(QStringLiteral("w")).toInt(), map.value(QStringLiteral("h")).toInt());
@@ -152,10 +149,11 @@ void PiPManager::doneExiting()
     restoreVideoView();
     if (QQuickWindow* window = std::exchange(m_floatingWindow, nullptr)) {
         const QRect frame = window->geometry();
-        m_writer.setValue(kFrameKey, QVariantMap{{QStringLiteral("x"), frame.x()},
-                                                 {QStringLiteral("y"), frame.y()},
-                                                 {QStringLiteral("w"), frame.width()},
-                                                 {QStringLiteral("h"), frame.height()}});
+        m_writer.setValue(PreferenceKeys::pipFrame,
+                          QVariantMap{{QStringLiteral("x"), frame.x()},
+                                      {QStringLiteral("y"), frame.y()},
+                                      {QStringLiteral("w"), frame.width()},
+                                      {QStringLiteral("h"), frame.height()}});
         disconnect(window, nullptr, this, nullptr);
         window->hide();
         // Not at once: this may run inside the window's own close handling.
