@@ -10,6 +10,7 @@
 #include "features/bookmark/BookmarkManager.h"
 #include "features/filter/FilterManager.h"
 #include "features/osd/OSDManager.h"
+#include "features/pip/PiPManager.h"
 #include "features/playback/ABLoopManager.h"
 #include "features/playlist/PlaylistManager.h"
 #include "features/track/TrackManager.h"

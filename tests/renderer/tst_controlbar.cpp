@@ -181,6 +181,17 @@ private Q_SLOTS:
         QVERIFY2(videoFrames > 10, qPrintable(QString::number(videoFrames)));
         QVERIFY2(drawn <= videoFrames + 3,
                  qPrintable(u"%1 frames for %2 video frames"_s.arg(drawn).arg(videoFrames)));
+
+        // With the video in picture in picture and the controls hidden, the main window has
+        // nothing moving left, and draws nothing while playback goes on in the other window.
+        running.engine->pip()->enterPiP();
+        QVERIFY(running.engine->pip()->isActive());
+        QMetaObject::invokeMethod(running.view, "setControlsShown", Q_ARG(QVariant, false),
+                                  Q_ARG(QVariant, 0));
+        const double inPiP = running.mpvProperty("time-pos").toDouble();
+        QVERIFY(waitForStillScene(running.window, 1500, 4000)); // well before the clip ends
+        QVERIFY(running.mpvProperty("time-pos").toDouble() > inPiP + 1);
+        running.engine->pip()->exitPiP();
     }
 
     void controlBarButtonsVolumeAndAccessibility()

@@ -92,6 +92,8 @@ private Q_SLOTS:
         QTRY_COMPARE(running.engine->state().kind(), Kind::Playing);
         QVERIFY(!running.shows("openFileButton"));
         QVERIFY(!running.app->property("hasFilesToOpen").toBool());
+        // The controls go as in any playback, even when playback began before they were made.
+        QTRY_VERIFY(!running.controlsShown());
     }
 
     void controlsFollowTheMouseAndClicks()

@@ -45,6 +45,22 @@ Item {
         return { shown: shown, sliderWidth: slider }
     }
 
+    // The playback position as the bar shows it. It stands still while the bar is hidden: a
+    // hidden item that changes still costs its window a frame, and a window without the
+    // video (picture in picture) would redraw for every video frame.
+    property real shownProgress: 0
+    property real shownTime: 0
+    Binding on shownProgress {
+        when: root.visible
+        value: root.engine.progress
+        restoreMode: Binding.RestoreNone
+    }
+    Binding on shownTime {
+        when: root.visible
+        value: root.engine.currentTime
+        restoreMode: Binding.RestoreNone
+    }
+
     implicitHeight: 72
 
     // Clicks on the bar's background stay here: they are not clicks on the picture.
@@ -76,7 +92,7 @@ Item {
         anchors.rightMargin: 16
         y: 8
         height: 20
-        progress: root.engine.progress
+        progress: root.shownProgress
         duration: root.engine.duration
         loopA: root.engine.abLoop.pointA
         loopB: root.engine.abLoop.pointB
@@ -129,7 +145,7 @@ Item {
                 anchors.verticalCenter: parent.verticalCenter
                 visible: root.layoutPlan.shown[0]
                 leftPadding: 6
-                text: Formats.time(root.engine.currentTime) + " / " + Formats.time(root.engine.duration)
+                text: Formats.time(root.shownTime) + " / " + Formats.time(root.engine.duration)
                 color: "white"
                 // Equal-width digits, so the label does not jitter as the seconds run.
                 font.family: "monospace"

@@ -81,6 +81,11 @@ Item {
     }
 
     onShortcutGuideShownChanged: shortcutGuide.active = true
+    // Made while a file given at start already plays: no state change will plan the hiding.
+    Component.onCompleted: {
+        if (playing)
+            hideTimer.start()
+    }
     onStateKindChanged: {
         // Compares the kind itself: `playing` may not have followed it yet.
         if (stateKind === PlayerStateKind.Playing) {
