@@ -88,6 +88,43 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(engine.currentTime() != before, 5000);
     }
 
+    // A user clicking through files faster than they open: good, broken and short ones in a
+    // burst. The last one opens with its own duration, tracks and resume point.
+    void aBurstOfLoadsEndsOnTheLastFile()
+    {
+        const QUrl last = fixtureUrl(QStringLiteral("clip60.mp4"));
+        {
+            TestPlayer player;
+            player.open(last);
+            QCoro::waitFor(player.engine().seek(33.0));
+        }
+        TestPlayer player;
+        PlaybackEngine& engine = player.engine();
+        QVERIFY(player.show());
+        player.expectLibmpvErrors();
+        const QList<QUrl> burst = {
+            fixtureUrl(QStringLiteral("tracks.mkv")),  fixtureUrl(QStringLiteral("empty.mp4")),
+            fixtureUrl(QStringLiteral("clip10.mp4")),  fixtureUrl(QStringLiteral("truncated.mp4")),
+            fixtureUrl(QStringLiteral("pq.mkv")),      fixtureUrl(QStringLiteral("still.png")),
+            fixtureUrl(QStringLiteral("no-such.mp4")), last};
+        QRandomGenerator random(1124);
+        for (int round = 0; round < 5; ++round) {
+            for (const QUrl& url : burst) {
+                engine.load(url);
+                QThread::msleep(ulong(random.bounded(40))); // libmpv's reports pile up
+                QTest::qWait(random.bounded(40));
+            }
+            QTRY_COMPARE_WITH_TIMEOUT(engine.state().kind(), Kind::Playing, 10000);
+            QCOMPARE(engine.currentURL(), last);
+            QVERIFY(qAbs(engine.duration() - 60.0) < 0.5);
+            QVERIFY2(engine.currentTime() > 32.5,
+                     qPrintable(QString::number(engine.currentTime())));
+            QTRY_COMPARE(engine.tracks()->audioTracks().size(), 1);
+            QCOMPARE(engine.tracks()->subtitleTracks().size(), 0);
+            QCoro::waitFor(engine.seek(33.0)); // the next round resumes there again
+        }
+    }
+
     // Another program holds the library's write lock for ten seconds while files are opened,
     // places left and bookmarks added: the window never stalls, and everything lands once the
     // lock is gone.

@@ -201,6 +201,12 @@ private Q_SLOTS:
         QCOMPARE(playlist.currentIndex(), 2);
         QCoro::waitFor(engine.playNext()); // nothing after the last: nothing happens
         QCOMPARE(playlist.currentIndex(), 2);
+
+        // At the end of the last item the engine stays paused at the end.
+        QCoro::waitFor(engine.seek(engine.duration() - 0.3));
+        QTRY_VERIFY_WITH_TIMEOUT(engine.isAtEnd(), 30000);
+        QCOMPARE(engine.state().kind(), PlayerState::Kind::Paused);
+        QCOMPARE(playlist.currentIndex(), 2);
     }
 
     // A folder of broken files shows each error briefly and goes on; a long run of them stops
