@@ -1,13 +1,10 @@
 #include "PlaybackEngine.h"
 
 #include "base/StartupTrace.h"
-
-#include "engine/MPVDecoder.h"
 #include "features/bookmark/BookmarkManager.h"
 #include "features/hdr/HDRManager.h"
 #include "features/osd/OSDManager.h"
 #include "features/pip/PiPManager.h"
-#include "features/playback/ABLoopManager.h"
 #include "features/playlist/PlaybackHistoryManager.h"
 #include "features/playlist/PlaylistManager.h"
 #include "features/thumbnail/ThumbnailGenerator.h"
@@ -75,8 +72,6 @@ PlaybackEngine::PlaybackEngine(Library& library, QObject* parent)
         setNeedsFrameRefresh();
         Q_EMIT videoRotationChanged();
     });
-
-    m_pip->playbackStateProvider = [this] { return m_state.kind() == PlayerState::Kind::Playing; };
 
     m_positionTimer.setTimerType(Qt::PreciseTimer);
     m_positionTimer.setInterval(1000 / 30);
@@ -237,8 +232,6 @@ void PlaybackEngine::savePlace()
     m_perFileStore->save(m_adjustments->perFileSettings(), m_currentURL);
 }
 
-// MARK: position timer and end of file
-
 void PlaybackEngine::onPositionTick()
 {
     setCurrentTime(m_decoder->currentTime());
@@ -266,8 +259,6 @@ void PlaybackEngine::handleFileEnded(MPVDecoder::EndReason reason, const QString
     savePlace(); // a file that breaks off (a truncated download) keeps the place it reached
     fail(error);
 }
-
-// MARK: observable setters
 
 void PlaybackEngine::setState(const PlayerState& state)
 {

@@ -1,7 +1,4 @@
 // The engine's operations on the open file: transport, sound, speed, picture and loop points.
-#include "engine/MPVDecoder.h"
-#include "features/filter/FilterManager.h"
-#include "features/playback/ABLoopManager.h"
 #include "model/PlaybackRate.h"
 #include "PlaybackEngine.h"
 

@@ -122,7 +122,6 @@ void PiPManager::enterPiP()
 
     auto* host = window->findChild<QQuickItem*>(QStringLiteral("videoHost"));
     m_videoView->setParentItem(host ? host : window->contentItem());
-    setPlaying(playbackStateProvider && playbackStateProvider());
     // However the window is closed (and a closed window hides), the video comes back.
     connect(window, &QWindow::visibleChanged, this, [this](bool visible) {
         if (!visible)

@@ -56,8 +56,6 @@ public:
     /// The aspect ratio the floating window keeps; none for an item that had no size.
     std::optional<QSizeF> lockedAspectRatio() const { return m_lockedAspectRatio; }
 
-    /// Answers whether playback runs; set by whoever owns playback.
-    std::function<bool()> playbackStateProvider;
     /// Toggles playback; set by whoever acts for the user.
     std::function<void()> onTogglePlayPause;
 
