@@ -252,6 +252,9 @@ private Q_SLOTS:
         QTRY_VERIFY(running.accessibleText().contains(u"Open a video to add subtitles to"_s));
         QCOMPARE(engine.state().kind(), Kind::Idle);
 
+        // Each drop cuts the load before it short, and libmpv may complain about a file it was
+        // made to stop reading half-way.
+        running.expectLibmpvErrors();
         running.drop({QUrl::fromLocalFile(fixturePath({}))}); // its videos, clip10.mp4 first
         QTRY_COMPARE(engine.currentURL(), clip10);
         QVERIFY(playlist.items().size() > 2);
