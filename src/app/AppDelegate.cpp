@@ -142,10 +142,8 @@ void AppDelegate::openInitialFiles()
     if (files.isEmpty())
         return m_player->startDesktopServices();
     auto* waiting = new QObject(this);
+    // Whichever comes first starts them; the player ignores the others.
     auto startServices = [this, waiting] {
-        if (waiting->parent() != this)
-            return; // started already
-        waiting->setParent(nullptr);
         waiting->deleteLater();
         m_player->startDesktopServices();
     };

@@ -81,6 +81,8 @@ Player::~Player()
 
 void Player::startDesktopServices()
 {
+    if (std::exchange(m_desktopServicesStarted, true))
+        return;
     m_nowPlaying->setupRemoteCommands();
     m_sleepPreventer->setHeld(false);
     m_library->cleanupExpiredData();

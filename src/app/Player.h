@@ -31,7 +31,7 @@ public:
     ~Player() override;
 
     /// The desktop services the first frame does not need: the media controls on the session
-    /// bus, the screen saver, and the library's retention clean-up.
+    /// bus, the screen saver, and the library's retention clean-up. Later calls do nothing.
     void startDesktopServices();
 
     Library& library() const { return *m_library; }
@@ -55,4 +55,5 @@ private:
     std::unique_ptr<SleepPreventer> m_sleepPreventer;
     std::unique_ptr<ControlStrip> m_controlStrip;
     std::unique_ptr<PlaybackFollowers> m_followers;
+    bool m_desktopServicesStarted = false;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QFile>
 #include <QList>
 #include <QString>
 #include <QUrl>
@@ -19,7 +20,7 @@ QList<QUrl> scanForVideos(const QByteArray& folder);
 /// The same for a folder named by text.
 inline QList<QUrl> scanForVideos(const QString& folder)
 {
-    return scanForVideos(folder.toLocal8Bit());
+    return scanForVideos(QFile::encodeName(folder));
 }
 
 } // namespace FolderScanner
